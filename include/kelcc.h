@@ -1,0 +1,112 @@
+/* kelcc.h - public interface of libkelccpx.so.5: 8-bit, 16-bit and float image
+   colour conversions on rectangular regions.  Valid C99 and C++. */
+#ifndef KELCC_H
+#define KELCC_H
+
+#include <stdint.h>
+
+#if defined(_WIN32)
+#  define KEL_API
+#else
+#  define KEL_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ---- sample types ------------------------------------------------------ */
+typedef uint8_t  Kel8u;
+typedef int8_t   Kel8s;
+typedef uint16_t Kel16u;
+typedef int16_t  Kel16s;
+typedef int32_t  Kel32s;
+typedef float    Kel32f;
+
+/* ---- status ------------------------------------------------------------ */
+/* 0 is success, negative values are errors (nothing was written), positive
+   values are warnings (the work was done). */
+typedef int32_t KelResult;
+enum {
+    kelOk              = 0,
+    kelWarnNegativeMax = 1,   /* source maximum or mean negative or NaN; nothing done */
+    kelWarnOddSize     = 35,  /* size not a whole number of chroma cells; whole cells done */
+    kelErrBadArg       = -5,  /* enumerated argument outside its list */
+    kelErrSize         = -6,  /* width, height or length below the minimum */
+    kelErrNullPointer  = -8,  /* a pointer argument is null */
+    kelErrNoMemory     = -9,  /* an allocation failed */
+    kelErrStep         = -14, /* a row stride is below 1 */
+    kelErrContext      = -17, /* a state record does not carry its tag */
+    kelErrGammaRange   = -49, /* invalid range arguments of a gamma call */
+    kelErrDitherLevels = -54, /* levels outside the member's limits */
+    kelErrNoiseRange   = -55  /* noise outside 0..100 */
+};
+
+/* ---- records ----------------------------------------------------------- */
+typedef struct KelImageSize {
+    int32_t width;
+    int32_t height;
+} KelImageSize;
+
+typedef struct KelImageRect {
+    int32_t x;
+    int32_t y;
+    int32_t width;
+    int32_t height;
+} KelImageRect;
+
+typedef struct KelVersionRecord {
+    int32_t     major;
+    int32_t     minor;
+    int32_t     build;
+    int32_t     revision;
+    char        targetCpu[4];
+    const char* name;
+    const char* version;
+    const char* buildDate;
+} KelVersionRecord;
+
+/* ---- enumerations (passed as plain 32-bit values) ---------------------- */
+typedef int32_t KelDitherKind;
+enum {
+    kelDitherOff               = 0,
+    kelDitherFloydSteinberg    = 1,
+    kelDitherJarvisJudiceNinke = 2,
+    kelDitherStucki            = 3,
+    kelDitherOrdered           = 4
+};
+
+typedef int32_t KelBayerGrid;
+enum {
+    kelBayerGridBGGR = 0,
+    kelBayerGridRGGB = 1,
+    kelBayerGridGBRG = 2,
+    kelBayerGridGRBG = 3
+};
+
+/* Which part of an interlaced frame a deinterlacing call covers (bits). */
+enum {
+    kelSliceTop    = 1,
+    kelSliceMiddle = 4,
+    kelSliceBottom = 16
+};
+
+/* ---- library version --------------------------------------------------- */
+KEL_API const KelVersionRecord* kelccGetLibVersion(void);
+
+/* ---- RGB <-> YCbCr, full resolution ------------------------------------ */
+/* Studio range (Y 16..235, Cb/Cr 16..240).  Planar members take one stride
+   for all three planes. */
+KEL_API KelResult keliRGBToYCbCr_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCbCr_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCbCr_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KELCC_H */

@@ -1,0 +1,253 @@
+// RGB <-> studio-range YCbCr at full chroma resolution, 8-bit, in pixel-order
+// (C3, AC4) and planar (P3) layouts.
+#include <cstdint>
+
+#include "callframe.h"
+#include "cbcrpx.h"
+
+using namespace kel;
+
+void myRGBToYCbCr_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+void myRGBToYCbCr_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+void myRGBToYCbCr_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height);
+void myYCbCrToRGB_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+void myYCbCrToRGBA_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height);
+void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+
+// ---- public functions ---------------------------------------------------------
+
+extern "C" {
+
+KEL_API KelResult keliRGBToYCbCr_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    myRGBToYCbCr_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYCbCr_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    myRGBToYCbCr_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYCbCr_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))                     return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))                return kelErrSize;
+    if (anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer;
+    myRGBToYCbCr_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    myYCbCrToRGB_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    myYCbCrToRGBA_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))                     return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))                return kelErrSize;
+    if (anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer;
+    myYCbCrToRGB_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    if (anyNullPlane(pSrc))        return kelErrNullPointer;
+    myYCbCrToRGB_8u_P3C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+} // extern "C"
+
+// ---- row kernels (declared ahead of the row layers that call them) ---------
+
+void innerRGBToYCbCr_C3_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYCbCr_AC4R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYCbCr_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
+void innerYCbCrToRGB_C3_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
+void innerYCbCrToRGB_8u_P3C3R(const Kel8u* const src[3], Kel8u* dst, int width);
+
+// ---- row layers: the plain walk over rows, row 0 first ----------------------
+
+namespace {
+
+template <typename Kernel, typename S, typename D>
+inline void pixelOrderRows(Kernel kernel, S* src, int srcStep, D* dst, int dstStep, int width, int height)
+{
+    for (int y = 0; y < height; ++y)
+        kernel(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), width);
+}
+
+// Planar rows: every plane steps by the one stride its image has.
+template <typename Kernel, typename Dst>
+inline void planarRows(Kernel kernel, const Kel8u* const src[3], int srcStep, Dst dst, int dstStep, int width, int height)
+{
+    for (int y = 0; y < height; ++y) {
+        const Kel8u* srcRow[3] = {rowAt(src[0], srcStep, y), rowAt(src[1], srcStep, y), rowAt(src[2], srcStep, y)};
+        if constexpr (std::is_same_v<Dst, Kel8u*>) {
+            kernel(srcRow, rowAt(dst, dstStep, y), width);
+        } else {
+            Kel8u* dstRow[3] = {rowAt(dst[0], dstStep, y), rowAt(dst[1], dstStep, y), rowAt(dst[2], dstStep, y)};
+            kernel(srcRow, dstRow, width);
+        }
+    }
+}
+
+} // namespace
+
+void myRGBToYCbCr_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    pixelOrderRows(innerRGBToYCbCr_C3_C3R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myRGBToYCbCr_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    pixelOrderRows(innerRGBToYCbCr_AC4R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myRGBToYCbCr_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
+{
+    planarRows(innerRGBToYCbCr_C3P2_C3P2R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myYCbCrToRGB_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    pixelOrderRows(innerYCbCrToRGB_C3_C3R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myYCbCrToRGBA_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    pixelOrderRows(innerYCbCrToRGB_AC4R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
+{
+    planarRows(innerYCbCrToRGB_C3P2_C3P2R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    planarRows(innerYCbCrToRGB_8u_P3C3R, pSrc, srcStep, pDst, dstStep, width, height);
+}
+
+// ---- row kernels ------------------------------------------------------------
+
+namespace {
+
+// One pass over a row: each pixel's three samples are read before any of its
+// results is written, so a destination that overlaps its source pixel for
+// pixel converts in place.  Pitches are in bytes between pixels of a channel.
+template <typename Pixel, int SrcPitch, int DstPitch>
+inline void convertRow(const Kel8u* s0, const Kel8u* s1, const Kel8u* s2,
+                       Kel8u* d0, Kel8u* d1, Kel8u* d2, int width)
+{
+    for (int x = 0; x < width; ++x) {
+        const std::int32_t a = s0[x * SrcPitch], b = s1[x * SrcPitch], c = s2[x * SrcPitch];
+        d0[x * DstPitch] = Pixel::first(a, b, c);
+        d1[x * DstPitch] = Pixel::second(a, b, c);
+        d2[x * DstPitch] = Pixel::third(a, b, c);
+    }
+}
+
+struct ToYCbCr {
+    static Kel8u first(int r, int g, int b)  { return ForwardYCbCr::y(r, g, b); }
+    static Kel8u second(int r, int g, int b) { return ForwardYCbCr::cb(r, g, b); }
+    static Kel8u third(int r, int g, int b)  { return ForwardYCbCr::cr(r, g, b); }
+};
+
+template <const InverseYCbCr& K>
+struct ToRGB {
+    static Kel8u first(int y, int cb, int cr)  { return InverseRGB<K>::r(y, cb, cr); }
+    static Kel8u second(int y, int cb, int cr) { return InverseRGB<K>::g(y, cb, cr); }
+    static Kel8u third(int y, int cb, int cr)  { return InverseRGB<K>::b(y, cb, cr); }
+};
+
+template <typename Pixel, int Pitch>
+inline void convertInterleaved(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertRow<Pixel, Pitch, Pitch>(src, src + 1, src + 2, dst, dst + 1, dst + 2, width);
+}
+
+inline bool fourByteAligned(const void* p)
+{
+    return (reinterpret_cast<std::uintptr_t>(p) & 3u) == 0;
+}
+
+} // namespace
+
+void innerRGBToYCbCr_C3_C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertInterleaved<ToYCbCr, 3>(src, dst, width);
+}
+
+void innerRGBToYCbCr_AC4R(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertInterleaved<ToYCbCr, 4>(src, dst, width);
+}
+
+// Rows whose six plane pointers are all 4-byte aligned take the two-pass path
+// (vectorised across the row); other rows take the pixel-by-pixel byte loop.
+// Both give the same bytes.
+void innerRGBToYCbCr_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width)
+{
+    const Kel8u *r = src[0], *g = src[1], *b = src[2];
+    Kel8u *y = dst[0], *cb = dst[1], *cr = dst[2];
+    const bool aligned = fourByteAligned(r) && fourByteAligned(g) && fourByteAligned(b) &&
+                         fourByteAligned(y) && fourByteAligned(cb) && fourByteAligned(cr);
+    if (!aligned) {
+        convertRow<ToYCbCr, 1, 1>(r, g, b, y, cb, cr, width);
+        return;
+    }
+    // Y and Cb in a first pass, Cr in a second: the order shows only when a
+    // destination plane is also a source plane.
+    for (int x = 0; x < width; ++x) {
+        const std::int32_t R = r[x], G = g[x], B = b[x];
+        y[x] = ForwardYCbCr::y(R, G, B);
+        cb[x] = ForwardYCbCr::cb(R, G, B);
+    }
+    for (int x = 0; x < width; ++x)
+        cr[x] = ForwardYCbCr::cr(r[x], g[x], b[x]);
+}
+
+void innerYCbCrToRGB_C3_C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertInterleaved<ToRGB<inverseT>, 3>(src, dst, width);
+}
+
+void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertInterleaved<ToRGB<inverseT>, 4>(src, dst, width);
+}
+
+void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width)
+{
+    convertRow<ToRGB<inverseT>, 1, 1>(src[0], src[1], src[2], dst[0], dst[1], dst[2], width);
+}
+
+void innerYCbCrToRGB_8u_P3C3R(const Kel8u* const src[3], Kel8u* dst, int width)
+{
+    convertRow<ToRGB<inverseR>, 1, 3>(src[0], src[1], src[2], dst, dst + 1, dst + 2, width);
+}

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Compares the dynamic symbols a shared library defines with the names its
+# public header declares (every declaration starts with KEL_API).
+set -euo pipefail
+lib=$1
+header=$2
+declared=$(grep -E '^KEL_API' "$header" | sed -E 's/\(.*//; s/.*[ *]([A-Za-z_][A-Za-z0-9_]*)[ ;]*$/\1/' | sort -u)
+exported=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start)$' | sort -u)
+if [ "$declared" != "$exported" ]; then
+  echo "declared but not exported:"; comm -23 <(echo "$declared") <(echo "$exported")
+  echo "exported but not declared:"; comm -13 <(echo "$declared") <(echo "$exported")
+  exit 1
+fi
+echo "$(echo "$exported" | wc -l) exported names match the header"
