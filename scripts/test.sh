@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Builds the library and its tests and runs the whole suite.
+#   scripts/test.sh             release build in ./build
+#   scripts/test.sh --sanitize  AddressSanitizer + UBSan build in ./build-sanitize
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/ensure-deps.sh
+dir=build
+flags=(-DCMAKE_BUILD_TYPE=Release)
+if [ "${1:-}" = "--sanitize" ]; then
+  dir=build-sanitize
+  flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELCC_SANITIZE=ON -DKELCC_BENCH=OFF)
+  export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
+  export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+fi
+cmake -S . -B "$dir" -G Ninja "${flags[@]}" >/dev/null
+cmake --build "$dir"
+ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"
