@@ -14,7 +14,7 @@ struct Layout {
     int bytesPerPixel;  // per plane
     int planes;
 };
-inline constexpr Layout kC3{3, 1}, kAC4{4, 1}, kP3{1, 3};
+inline constexpr Layout kC3{3, 1}, kAC4{4, 1}, kP3{1, 3}, kC3x16{6, 1};
 
 // A random image of one layout, with the pointers a call takes.
 struct Frame {

@@ -128,6 +128,9 @@ int main(int argc, char** argv)
 
     failed |= roundTrip(dir, "ycbcr", "ycbcr.ppm", keliRGBToYCbCr_8u_C3R, keliYCbCrToRGB_8u_C3R, chart, middle,
                         back, step) != 0;
+    /* The chart's bytes taken as blue-first pixels: the round trip keeps their order. */
+    failed |= roundTrip(dir, "lab", "lab.ppm", keliBGRToLab_8u_C3R, keliLabToBGR_8u_C3R, chart, middle, back,
+                        step) != 0;
 
     free(chart);
     free(middle);

@@ -105,6 +105,15 @@ KEL_API KelResult keliYCbCrToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* 
 KEL_API KelResult keliYCbCrToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- BGR <-> CIE Lab (D65) --------------------------------------------- */
+/* Blue-first pixels.  8u Lab: L 0..100 coded 0..255, a and b offset by 128.
+   16u Lab: L coded 0..65535, (a + 128) * 255 and (b + 128) * 255.  Rows are
+   shared among threads_omp_of_n_kel threads. */
+KEL_API KelResult keliBGRToLab_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLabToBGR_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToLab_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,215 @@
+// BGR <-> CIE Lab: concrete codes, the three threshold branches, argument
+// tests, fences, and identical bytes for any team size.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <vector>
+
+#include "kelcc.h"
+#include "kelcore.h"
+#include "support/guarded.h"
+
+using namespace kt;
+
+namespace {
+
+using Bytes3 = std::array<Kel8u, 3>;
+using Words3 = std::array<Kel16u, 3>;
+
+Bytes3 toLab8(Bytes3 bgr)
+{
+    Bytes3 lab{};
+    EXPECT_EQ(kelOk, keliBGRToLab_8u_C3R(bgr.data(), 3, lab.data(), 3, {1, 1}));
+    return lab;
+}
+
+Words3 toLab16(Bytes3 bgr)
+{
+    Words3 lab{};
+    EXPECT_EQ(kelOk, keliBGRToLab_8u16u_C3R(bgr.data(), 3, lab.data(), 6, {1, 1}));
+    return lab;
+}
+
+Bytes3 fromLab8(Bytes3 lab)
+{
+    Bytes3 bgr{};
+    EXPECT_EQ(kelOk, keliLabToBGR_8u_C3R(lab.data(), 3, bgr.data(), 3, {1, 1}));
+    return bgr;
+}
+
+Bytes3 fromLab16(Words3 lab)
+{
+    Bytes3 bgr{};
+    EXPECT_EQ(kelOk, keliLabToBGR_16u8u_C3R(lab.data(), 6, bgr.data(), 3, {1, 1}));
+    return bgr;
+}
+
+TEST(LabValues, PrimariesBlackAndWhiteIn8BitCodes)
+{
+    EXPECT_EQ((Bytes3{0, 128, 128}), toLab8({0, 0, 0}));
+    EXPECT_EQ((Bytes3{255, 128, 128}), toLab8({255, 255, 255}));
+    EXPECT_EQ((Bytes3{82, 207, 20}), toLab8({255, 0, 0}));   // blue
+    EXPECT_EQ((Bytes3{224, 42, 211}), toLab8({0, 255, 0}));  // green
+    EXPECT_EQ((Bytes3{136, 208, 195}), toLab8({0, 0, 255})); // red
+}
+
+TEST(LabValues, SixteenBitCodesTruncate)
+{
+    EXPECT_EQ((Words3{0, 32640, 32640}), toLab16({0, 0, 0}));
+    EXPECT_EQ((Words3{65535, 32640, 32639}), toLab16({255, 255, 255}));  // b one below 128 * 255
+}
+
+TEST(LabValues, InverseHasOnlyTheCubicPiece)
+{
+    EXPECT_EQ((Bytes3{1, 1, 1}), fromLab8({0, 128, 128}));  // Y of about 0.67 rounds up
+    EXPECT_EQ((Bytes3{0, 0, 0}), fromLab16({0, 32640, 32640}));  // and truncates to 0
+    EXPECT_EQ((Bytes3{255, 255, 254}), fromLab16({65535, 32640, 32639}));
+    EXPECT_EQ((Bytes3{255, 255, 255}), fromLab8({255, 128, 128}));
+}
+
+TEST(LabValues, NegativeResultsClampToZero)
+{
+    // Extreme a and b drive X or Z negative and cube them: every channel stays a byte.
+    for (Bytes3 lab : {Bytes3{0, 0, 255}, Bytes3{0, 255, 0}, Bytes3{40, 0, 0}, Bytes3{255, 0, 255}}) {
+        const Bytes3 bgr = fromLab8(lab);
+        const Bytes3 again = fromLab8(lab);
+        EXPECT_EQ(bgr, again);
+    }
+    EXPECT_EQ(0, fromLab8({0, 0, 255})[0]);    // b far above 0 empties blue
+    EXPECT_EQ(0, fromLab8({0, 255, 128})[1]);  // a far above 0 empties green
+}
+
+// Each ratio test takes the linear piece at or below the threshold.
+TEST(LabValues, ThresholdBranches)
+{
+    // Gray 2: y = 2/255 is below the threshold, so L = 903.3 y (code 18),
+    // and all three ratios are linear: a and b stay at 128.
+    EXPECT_EQ((Bytes3{18, 128, 128}), toLab8({2, 2, 2}));
+    // Gray 3 is above it on all three ratios.
+    EXPECT_EQ((Bytes3{26, 128, 128}), toLab8({3, 3, 3}));
+    // Green 5: y above, x and z below.
+    EXPECT_EQ((Bytes3{31, 105, 145}), toLab8({0, 5, 0}));
+    // Red 120: y and x above, z below.
+    EXPECT_EQ((Bytes3{97, 190, 180}), toLab8({0, 0, 120}));
+    // Blue 20: y below (L linear), x and z above.
+    EXPECT_EQ((Bytes3{13, 160, 83}), toLab8({20, 0, 0}));
+}
+
+TEST(LabValues, GraysHaveNeutralChromaAndRisingLightness)
+{
+    int previous = -1;
+    for (int v = 0; v < 256; ++v) {
+        const Kel8u g = static_cast<Kel8u>(v);
+        const Bytes3 lab = toLab8({g, g, g});
+        EXPECT_EQ(128, lab[1]) << v;
+        EXPECT_EQ(128, lab[2]) << v;
+        EXPECT_GE(lab[0], previous) << v;
+        previous = lab[0];
+        const Words3 lab16 = toLab16({g, g, g});
+        EXPECT_NEAR(32640, lab16[1], 1) << v;
+        EXPECT_NEAR(32640, lab16[2], 1) << v;
+    }
+}
+
+// Every blue-green plane of every fifth red value, there and back through the
+// 8-bit coding.
+TEST(LabValues, BGRInputsRoundTripWithinTheCodingStep)
+{
+    const int width = 256 * 256;
+    std::vector<Kel8u> bgr(static_cast<std::size_t>(width) * 3), lab(bgr.size()), back(bgr.size());
+    int worst = 0;
+    for (int r = 0; r < 256; r += 5) {
+        for (int i = 0; i < width; ++i) {
+            bgr[3 * i] = Kel8u(i & 255);
+            bgr[3 * i + 1] = Kel8u(i >> 8);
+            bgr[3 * i + 2] = Kel8u(r);
+        }
+        ASSERT_EQ(kelOk, keliBGRToLab_8u_C3R(bgr.data(), width * 3, lab.data(), width * 3, {width, 1}));
+        ASSERT_EQ(kelOk, keliLabToBGR_8u_C3R(lab.data(), width * 3, back.data(), width * 3, {width, 1}));
+        for (std::size_t k = 0; k < bgr.size(); ++k) worst = std::max(worst, std::abs(bgr[k] - back[k]));
+    }
+    EXPECT_LE(worst, 12);
+}
+
+// ---- the four members through one table ------------------------------------
+
+struct Member {
+    const char* name;
+    int srcSample, dstSample;  // bytes per sample
+    KelResult (*call)(const void*, int, void*, int, KelImageSize);
+};
+
+template <typename S, typename D, KelResult (*F)(const S*, int, D*, int, KelImageSize)>
+KelResult erased(const void* s, int ss, void* d, int ds, KelImageSize z)
+{
+    return F(static_cast<const S*>(s), ss, static_cast<D*>(d), ds, z);
+}
+
+const Member kMembers[] = {
+    {"BGRToLab_8u_C3R", 1, 1, erased<Kel8u, Kel8u, keliBGRToLab_8u_C3R>},
+    {"BGRToLab_8u16u_C3R", 1, 2, erased<Kel8u, Kel16u, keliBGRToLab_8u16u_C3R>},
+    {"LabToBGR_8u_C3R", 1, 1, erased<Kel8u, Kel8u, keliLabToBGR_8u_C3R>},
+    {"LabToBGR_16u8u_C3R", 2, 1, erased<Kel16u, Kel8u, keliLabToBGR_16u8u_C3R>},
+};
+
+class LabMember : public ::testing::TestWithParam<Member> {
+protected:
+    std::vector<std::uint8_t> run(int threads, int width, int height, Placement placement = Placement::Guarded)
+    {
+        const Member& m = GetParam();
+        ThreadCount count(threads);
+        GuardedImage src(static_cast<std::size_t>(width) * 3 * m.srcSample, height, placement);
+        GuardedImage dst(static_cast<std::size_t>(width) * 3 * m.dstSample, height, placement);
+        src.fillRandom(static_cast<std::uint32_t>(width * 7 + height));
+        dst.fill(0x5A);
+        const auto srcBefore = src.rows();
+        EXPECT_EQ(kelOk, m.call(src.data(), src.step(), dst.data(), dst.step(), {width, height}));
+        EXPECT_EQ(srcBefore, src.rows());
+        EXPECT_TRUE(src.fenceIntact());
+        EXPECT_TRUE(dst.fenceIntact()) << dst.fenceDamage();
+        return dst.rows();
+    }
+
+    void expectStatus(KelResult expected, bool nullSrc, bool nullDst, KelImageSize size)
+    {
+        const Member& m = GetParam();
+        GuardedImage src(4 * 3 * m.srcSample, 2), dst(4 * 3 * m.dstSample, 2);
+        dst.fill(0x77);
+        EXPECT_EQ(expected, m.call(nullSrc ? nullptr : src.data(), src.step(), nullDst ? nullptr : dst.data(),
+                                   dst.step(), size));
+        EXPECT_EQ(std::vector<std::uint8_t>(dst.rows().size(), 0x77), dst.rows());
+        EXPECT_TRUE(dst.fenceIntact());
+    }
+};
+
+TEST_P(LabMember, ArgumentTestsInOrder)
+{
+    expectStatus(kelErrNullPointer, true, false, {0, 0});
+    expectStatus(kelErrNullPointer, false, true, {4, -1});
+    expectStatus(kelErrSize, false, false, {0, 2});
+    expectStatus(kelErrSize, false, false, {4, 0});
+    expectStatus(kelErrSize, false, false, {-4, -2});
+}
+
+TEST_P(LabMember, SameBytesForAnyTeamSize)
+{
+    const KelImageSize sizes[] = {{1, 1}, {50, 3}, {7, 8}, {64, 64}, {101, 37}};
+    for (KelImageSize size : sizes) {
+        const auto serial = run(1, size.width, size.height);
+        for (int threads : {2, 3, 8}) EXPECT_EQ(serial, run(threads, size.width, size.height)) << threads;
+    }
+}
+
+TEST_P(LabMember, TouchesNothingPastTheLastRow)
+{
+    const auto guarded = run(2, 13, 5);
+    EXPECT_EQ(guarded, run(2, 13, 5, Placement::Fenced));
+    run(3, 1, 1, Placement::Fenced);
+}
+
+INSTANTIATE_TEST_SUITE_P(Lab, LabMember, ::testing::ValuesIn(kMembers),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
