@@ -160,8 +160,9 @@ protected:
     {
         const Member& m = GetParam();
         ThreadCount count(threads);
-        GuardedImage src(static_cast<std::size_t>(width) * 3 * m.srcSample, height, placement);
-        GuardedImage dst(static_cast<std::size_t>(width) * 3 * m.dstSample, height, placement);
+        // An even row padding keeps 16-bit rows on 2-byte boundaries.
+        GuardedImage src(static_cast<std::size_t>(width) * 3 * m.srcSample, height, placement, 14);
+        GuardedImage dst(static_cast<std::size_t>(width) * 3 * m.dstSample, height, placement, 14);
         src.fillRandom(static_cast<std::uint32_t>(width * 7 + height));
         dst.fill(0x5A);
         const auto srcBefore = src.rows();
