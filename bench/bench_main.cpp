@@ -32,6 +32,10 @@ Frame::Frame(Layout layout, int width, int height) : layout(layout), width(width
     for (int p = 0; p < planes; ++p) {
         storage.emplace_back(static_cast<std::size_t>(step) * static_cast<std::size_t>(height) + 64);
         for (auto& b : storage.back()) b = static_cast<Kel8u>(gen());
+        if (layout.unitFloats) {
+            auto* samples = reinterpret_cast<float*>(storage.back().data());
+            for (std::size_t i = 0; i < storage.back().size() / 4; ++i) samples[i] = (gen() & 0xFFFF) / 65535.0f;
+        }
         planePointers[p] = storage.back().data();
     }
 }

@@ -13,8 +13,9 @@ namespace kb {
 struct Layout {
     int bytesPerPixel;  // per plane
     int planes;
+    bool unitFloats = false;  // samples are floats in 0..1 rather than random bytes
 };
-inline constexpr Layout kC3{3, 1}, kAC4{4, 1}, kP3{1, 3}, kC3x16{6, 1};
+inline constexpr Layout kC3{3, 1}, kAC4{4, 1}, kP3{1, 3}, kC3x16{6, 1}, kC3x32f{12, 1, true};
 
 // A random image of one layout, with the pointers a call takes.
 struct Frame {

@@ -3,6 +3,7 @@
 #ifndef KELCC_H
 #define KELCC_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 #if defined(_WIN32)
@@ -94,6 +95,21 @@ enum {
 /* ---- library version --------------------------------------------------- */
 KEL_API const KelVersionRecord* kelccGetLibVersion(void);
 
+/* ---- aligned memory ---------------------------------------------------- */
+/* Blocks are 32-byte aligned and not cleared; len < 1 gives NULL.  Free them
+   with kelsFree only.  The hooks are read at each call: a host may point
+   i_malloc and i_free at its own allocator before it allocates anything. */
+KEL_API extern void* (*i_malloc)(size_t size);
+KEL_API extern void* (*i_calloc)(size_t count, size_t size);
+KEL_API extern void* (*i_realloc)(void* ptr, size_t size);
+KEL_API extern void (*i_free)(void* ptr);
+KEL_API extern int i_version;
+KEL_API extern int i_min_version;
+KEL_API Kel16s* kelsMalloc_16s(int len);
+KEL_API Kel16u* kelsMalloc_16u(int len);
+KEL_API Kel32f* kelsMalloc_32f(int len);
+KEL_API void kelsFree(void* ptr);
+
 /* ---- RGB <-> YCbCr, full resolution ------------------------------------ */
 /* Studio range (Y 16..235, Cb/Cr 16..240).  Planar members take one stride
    for all three planes. */
@@ -113,6 +129,46 @@ KEL_API KelResult keliBGRToLab_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDs
 KEL_API KelResult keliLabToBGR_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliBGRToLab_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
+/* ---- BT.709 gamma ------------------------------------------------------ */
+/* Forward: linear to coded; inverse: coded to linear.  AC4 leaves the fourth
+   sample as it was.  32f members work over [rangeLow, rangeHigh]. */
+KEL_API KelResult keliGammaFwd_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_8u_C3IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_8u_AC4IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_8u_IP3R(Kel8u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_C3IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_AC4IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_P3R(const Kel16u* const pSrc[3], int srcStep, Kel16u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_16u_IP3R(Kel16u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaFwd_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaFwd_32f_C3IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaFwd_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaFwd_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaFwd_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaFwd_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_8u_C3IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_8u_AC4IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_8u_IP3R(Kel8u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_C3IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_AC4IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_P3R(const Kel16u* const pSrc[3], int srcStep, Kel16u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_16u_IP3R(Kel16u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize);
+KEL_API KelResult keliGammaInv_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_32f_C3IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
+KEL_API KelResult keliGammaInv_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
 
 #ifdef __cplusplus
 }

@@ -4,7 +4,11 @@
 set -euo pipefail
 lib=$1
 header=$2
-declared=$(grep -E '^KEL_API' "$header" | sed -E 's/\(.*//; s/.*[ *]([A-Za-z_][A-Za-z0-9_]*)[ ;]*$/\1/' | sort -u)
+declared=$(grep -E '^KEL_API' "$header" |
+  sed -E 's/^KEL_API extern [^(]*\(\*([A-Za-z_][A-Za-z0-9_]*)\).*/\1/;  # hook variables
+          s/^KEL_API extern .* ([A-Za-z_][A-Za-z0-9_]*);.*/\1/;          # plain variables
+          s/^KEL_API [^(]*[ *]([A-Za-z_][A-Za-z0-9_]*)\(.*/\1/' |        # functions
+  sort -u)
 exported=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start)$' | sort -u)
 if [ "$declared" != "$exported" ]; then
   echo "declared but not exported:"; comm -23 <(echo "$declared") <(echo "$exported")

@@ -1,0 +1,290 @@
+// The BT.709 transfer curve, forward (linear to coded) and inverse, on 8-bit,
+// 16-bit and float images in C3, AC4 and planar layouts, in place or not.
+#include <cmath>
+#include <cstdint>
+
+#include "alloc.h"
+#include "callframe.h"
+#include "gamma.h"
+
+using namespace kel;
+
+void owniGammaInitFwd16u(Kel16u* table);
+void owniGammaInitInv16u(Kel16u* table);
+
+namespace {
+
+enum class Direction { Fwd, Inv };
+enum class Walk { C3, AC4, P3 };
+
+template <typename T, Walk W>
+using SrcArg = std::conditional_t<W == Walk::P3, const T* const*, const T*>;
+template <typename T, Walk W>
+using DstArg = std::conditional_t<W == Walk::P3, T* const*, T*>;
+
+template <typename T, Walk W>
+bool anyNullImage(SrcArg<T, W> src, DstArg<T, W> dst)
+{
+    if (anyNull(src, dst)) return true;
+    if constexpr (W == Walk::P3) return anyNullPlane(src) || anyNullPlane(dst);
+    return false;
+}
+
+// Applies op to every treated sample: C3 rows are width * 3 samples, AC4 takes
+// three of every four (the fourth is not touched), P3 runs plane 0's rows,
+// then plane 1's, then plane 2's.
+template <typename T, Walk W, typename Op>
+void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Op& op)
+{
+    if constexpr (W == Walk::P3) {
+        for (int p = 0; p < 3; ++p)
+            for (int y = 0; y < height; ++y) {
+                const T* s = rowAt(src[p], srcStep, y);
+                T* d = rowAt(dst[p], dstStep, y);
+                for (int x = 0; x < width; ++x) d[x] = op(s[x]);
+            }
+    } else {
+        constexpr int pitch = W == Walk::C3 ? 3 : 4;
+        for (int y = 0; y < height; ++y) {
+            const T* s = rowAt(src, srcStep, y);
+            T* d = rowAt(dst, dstStep, y);
+            for (int x = 0; x < width; ++x) {
+                const T a = s[pitch * x], b = s[pitch * x + 1], c = s[pitch * x + 2];
+                d[pitch * x] = op(a);
+                d[pitch * x + 1] = op(b);
+                d[pitch * x + 2] = op(c);
+            }
+        }
+    }
+}
+
+// ---- 8u: the constant tables -------------------------------------------------
+
+template <Direction D, Walk W>
+KelResult gamma8u(SrcArg<Kel8u, W> src, int srcStep, DstArg<Kel8u, W> dst, int dstStep, KelImageSize roi)
+{
+    if (anyNullImage<Kel8u, W>(src, dst))  return kelErrNullPointer;
+    if (sizeBelow(roi, 1, 1))              return kelErrSize;
+    if (stepBelowOne(srcStep, dstStep))    return kelErrStep;
+    const Kel8u* table = D == Direction::Fwd ? tableFwd8u : tableInv8u;
+    gammaImage<Kel8u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                         [table](Kel8u s) { return table[s]; });
+    return kelOk;
+}
+
+// ---- 16u: direct evaluation, or a per-call table for large images ------------
+
+using Ext = long double;
+
+constexpr double d65535 = 1.5259021896696422e-05;  // 1 / 65535
+constexpr double d1099 = 0.9099181073703366;       // 1 / 1.099
+constexpr double d045 = 2.2222222222222223;        // 1 / 0.45
+constexpr double d45 = 0.2222222222222222;         // 1 / 4.5
+
+// Rounds half-way values to even: y + 0.5 truncated is odd and exact only
+// when y stood on a half.
+Kel16u nearestEven16(Ext y)
+{
+    y = y + 0.5;
+    std::int32_t n = static_cast<std::int32_t>(y);
+    if ((n & 1) != 0 && static_cast<Ext>(n) == y) n = n - 1;
+    return static_cast<Kel16u>(static_cast<std::uint32_t>(n));
+}
+
+Kel16u gammaFwd16(int v)
+{
+    const Ext x = static_cast<Ext>(d65535) * v;
+    Ext y;
+    if (x >= static_cast<Ext>(0.018))
+        y = (static_cast<Ext>(::pow(static_cast<double>(x), 0.45)) * static_cast<Ext>(1.099) - static_cast<Ext>(0.099)) * 65535;
+    else
+        y = static_cast<Ext>(v) * static_cast<Ext>(4.5);
+    return nearestEven16(y);
+}
+
+Kel16u gammaInv16(int v)
+{
+    const Ext x = static_cast<Ext>(d65535) * v;
+    Ext y;
+    if (x >= static_cast<Ext>(0.0812))
+        y = static_cast<Ext>(::pow(static_cast<double>((x + static_cast<Ext>(0.099)) * static_cast<Ext>(d1099)), d045)) * 65535;
+    else
+        y = static_cast<Ext>(v) * static_cast<Ext>(d45);
+    return nearestEven16(y);
+}
+
+// Images of more than this many treated samples go through a 65536-entry table.
+constexpr std::int32_t kDirectSamples = 65536;
+
+template <Direction D, Walk W>
+KelResult gamma16u(SrcArg<Kel16u, W> src, int srcStep, DstArg<Kel16u, W> dst, int dstStep, KelImageSize roi)
+{
+    if (anyNullImage<Kel16u, W>(src, dst))  return kelErrNullPointer;
+    if (sizeBelow(roi, 1, 1))               return kelErrSize;
+    if (stepBelowOne(srcStep, dstStep))     return kelErrStep;
+    // Three treated channels also for AC4; a product past 2^31 wraps and may
+    // choose the direct path, which gives the same samples.
+    const std::int32_t samples = static_cast<std::int32_t>(static_cast<std::uint32_t>(roi.width) * 3u *
+                                                            static_cast<std::uint32_t>(roi.height));
+    if (samples <= kDirectSamples) {
+        gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                              [](Kel16u s) { return D == Direction::Fwd ? gammaFwd16(s) : gammaInv16(s); });
+        return kelOk;
+    }
+    const ScratchBlock<Kel16u> table(kelsMalloc_16u(65536));
+    if (!table) return kelErrNoMemory;
+    if (D == Direction::Fwd) owniGammaInitFwd16u(table.get()); else owniGammaInitInv16u(table.get());
+    const Kel16u* lookup = table.get();
+    gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                          [lookup](Kel16u s) { return lookup[s]; });
+    return kelOk;
+}
+
+// ---- 32f: direct evaluation over the caller's range --------------------------
+
+struct Range32f {
+    Ext low;
+    Ext scale;    // 1 / (high - low), held as a double
+    Ext range32;  // high - low, rounded to a float
+};
+
+Range32f rangeOf(Kel32f low, Kel32f high)
+{
+    const Ext range = static_cast<Ext>(high) - static_cast<Ext>(low);
+    return {low, static_cast<Ext>(static_cast<double>(1 / range)), static_cast<Ext>(static_cast<float>(range))};
+}
+
+// No clamp: a sample outside the range takes the same branches.
+Kel32f gammaFwd32(Kel32f sample, const Range32f& r)
+{
+    const Ext t = sample - r.low;
+    const Ext u = r.scale * t;
+    if (u < static_cast<Ext>(0.018)) return static_cast<Kel32f>(t * static_cast<Ext>(4.5) + r.low);
+    return static_cast<Kel32f>((static_cast<Ext>(::pow(static_cast<double>(u), 0.45)) * static_cast<Ext>(1.099) -
+                                static_cast<Ext>(0.099)) * r.range32 + r.low);
+}
+
+Kel32f gammaInv32(Kel32f sample, const Range32f& r)
+{
+    const Ext t = sample - r.low;
+    const Ext u = r.scale * t;
+    if (u < static_cast<Ext>(0.0812)) return static_cast<Kel32f>(t * static_cast<Ext>(d45) + r.low);
+    return static_cast<Kel32f>(static_cast<Ext>(::pow(static_cast<double>((u + static_cast<Ext>(0.099)) *
+                                                                         static_cast<Ext>(d1099)), d045)) *
+                               r.range32 + r.low);
+}
+
+template <Direction D, Walk W>
+KelResult gamma32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int dstStep, KelImageSize roi,
+                   Kel32f rangeLow, Kel32f rangeHigh)
+{
+    if (static_cast<Ext>(rangeHigh) - static_cast<Ext>(rangeLow) <= 0)  return kelErrGammaRange;
+    if (anyNullImage<Kel32f, W>(src, dst))                              return kelErrNullPointer;
+    if (sizeBelow(roi, 1, 1))                                           return kelErrSize;
+    if (stepBelowOne(srcStep, dstStep))                                 return kelErrStep;
+    const Range32f range = rangeOf(rangeLow, rangeHigh);
+    gammaImage<Kel32f, W>(src, srcStep, dst, dstStep, roi.width, roi.height, [&range](Kel32f s) {
+        return D == Direction::Fwd ? gammaFwd32(s, range) : gammaInv32(s, range);
+    });
+    return kelOk;
+}
+
+} // namespace
+
+// ---- public functions: one line each ------------------------------------------
+
+#define KEL_GAMMA_8U_16U(STEM, DIR, T, TAG, FN)                                                                          \
+    KEL_API KelResult STEM##_##TAG##_C3R(const T* pSrc, int srcStep, T* pDst, int dstStep, KelImageSize roiSize)          \
+    { return FN<DIR, Walk::C3>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                 \
+    KEL_API KelResult STEM##_##TAG##_C3IR(T* pSrcDst, int srcDstStep, KelImageSize roiSize)                              \
+    { return FN<DIR, Walk::C3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }                                     \
+    KEL_API KelResult STEM##_##TAG##_AC4R(const T* pSrc, int srcStep, T* pDst, int dstStep, KelImageSize roiSize)         \
+    { return FN<DIR, Walk::AC4>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                \
+    KEL_API KelResult STEM##_##TAG##_AC4IR(T* pSrcDst, int srcDstStep, KelImageSize roiSize)                             \
+    { return FN<DIR, Walk::AC4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }                                    \
+    KEL_API KelResult STEM##_##TAG##_P3R(const T* const pSrc[3], int srcStep, T* const pDst[3], int dstStep,              \
+                                         KelImageSize roiSize)                                                           \
+    { return FN<DIR, Walk::P3>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                 \
+    KEL_API KelResult STEM##_##TAG##_IP3R(T* const pSrcDst[3], int srcDstStep, KelImageSize roiSize)                     \
+    { return FN<DIR, Walk::P3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }
+
+#define KEL_GAMMA_32F(STEM, DIR)                                                                                         \
+    KEL_API KelResult STEM##_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize,   \
+                                     Kel32f rangeLow, Kel32f rangeHigh)                                                  \
+    { return gamma32f<DIR, Walk::C3>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                      \
+    KEL_API KelResult STEM##_32f_C3IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,            \
+                                      Kel32f rangeHigh)                                                                  \
+    { return gamma32f<DIR, Walk::C3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }          \
+    KEL_API KelResult STEM##_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize,  \
+                                      Kel32f rangeLow, Kel32f rangeHigh)                                                 \
+    { return gamma32f<DIR, Walk::AC4>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                     \
+    KEL_API KelResult STEM##_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,           \
+                                       Kel32f rangeHigh)                                                                 \
+    { return gamma32f<DIR, Walk::AC4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }         \
+    KEL_API KelResult STEM##_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep,       \
+                                     KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh)                            \
+    { return gamma32f<DIR, Walk::P3>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                      \
+    KEL_API KelResult STEM##_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,   \
+                                      Kel32f rangeHigh)                                                                  \
+    { return gamma32f<DIR, Walk::P3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }
+
+extern "C" {
+KEL_GAMMA_8U_16U(keliGammaFwd, Direction::Fwd, Kel8u, 8u, gamma8u)
+KEL_GAMMA_8U_16U(keliGammaInv, Direction::Inv, Kel8u, 8u, gamma8u)
+KEL_GAMMA_8U_16U(keliGammaFwd, Direction::Fwd, Kel16u, 16u, gamma16u)
+KEL_GAMMA_8U_16U(keliGammaInv, Direction::Inv, Kel16u, 16u, gamma16u)
+KEL_GAMMA_32F(keliGammaFwd, Direction::Fwd)
+KEL_GAMMA_32F(keliGammaInv, Direction::Inv)
+} // extern "C"
+
+// ---- the per-call 16-bit tables ----------------------------------------------
+
+void owniGammaInitFwd16u(Kel16u* table)
+{
+    for (int v = 0; v < 65536; ++v) table[v] = gammaFwd16(v);
+}
+
+void owniGammaInitInv16u(Kel16u* table)
+{
+    for (int v = 0; v < 65536; ++v) table[v] = gammaInv16(v);
+}
+
+// ---- the 8-bit tables: f(i / 255) * 255 and g(i / 255) * 255, nearest, ties to even
+
+alignas(64) const Kel8u tableFwd8u[256] = {
+      0,   4,   9,  14,  18,  23,  27,  30,  34,  37,  40,  43,  46,  48,  51,  53,
+     55,  58,  60,  62,  64,  66,  68,  70,  72,  73,  75,  77,  78,  80,  82,  83,
+     85,  86,  88,  89,  91,  92,  94,  95,  97,  98,  99, 101, 102, 103, 104, 106,
+    107, 108, 109, 111, 112, 113, 114, 115, 116, 118, 119, 120, 121, 122, 123, 124,
+    125, 126, 127, 128, 129, 130, 131, 132, 133, 134, 135, 136, 137, 138, 139, 140,
+    141, 142, 143, 144, 145, 146, 147, 147, 148, 149, 150, 151, 152, 153, 154, 154,
+    155, 156, 157, 158, 159, 159, 160, 161, 162, 163, 164, 164, 165, 166, 167, 168,
+    168, 169, 170, 171, 171, 172, 173, 174, 174, 175, 176, 177, 177, 178, 179, 180,
+    180, 181, 182, 182, 183, 184, 185, 185, 186, 187, 187, 188, 189, 189, 190, 191,
+    191, 192, 193, 193, 194, 195, 195, 196, 197, 197, 198, 199, 199, 200, 201, 201,
+    202, 203, 203, 204, 205, 205, 206, 206, 207, 208, 208, 209, 209, 210, 211, 211,
+    212, 213, 213, 214, 214, 215, 216, 216, 217, 217, 218, 218, 219, 220, 220, 221,
+    221, 222, 223, 223, 224, 224, 225, 225, 226, 227, 227, 228, 228, 229, 229, 230,
+    230, 231, 232, 232, 233, 233, 234, 234, 235, 235, 236, 236, 237, 238, 238, 239,
+    239, 240, 240, 241, 241, 242, 242, 243, 243, 244, 244, 245, 245, 246, 246, 247,
+    247, 248, 248, 249, 249, 250, 251, 251, 252, 252, 253, 253, 254, 254, 255, 255,
+};
+
+alignas(64) const Kel8u tableInv8u[256] = {
+      0,   0,   0,   1,   1,   1,   1,   2,   2,   2,   2,   2,   3,   3,   3,   3,
+      4,   4,   4,   4,   4,   5,   5,   5,   5,   6,   6,   6,   6,   7,   7,   7,
+      7,   8,   8,   8,   9,   9,   9,  10,  10,  10,  11,  11,  11,  12,  12,  13,
+     13,  13,  14,  14,  15,  15,  15,  16,  16,  17,  17,  18,  18,  19,  19,  20,
+     20,  21,  21,  22,  22,  23,  23,  24,  24,  25,  25,  26,  27,  27,  28,  28,
+     29,  30,  30,  31,  31,  32,  33,  33,  34,  35,  35,  36,  37,  37,  38,  39,
+     40,  40,  41,  42,  43,  43,  44,  45,  46,  46,  47,  48,  49,  50,  51,  51,
+     52,  53,  54,  55,  56,  57,  57,  58,  59,  60,  61,  62,  63,  64,  65,  66,
+     67,  68,  69,  70,  71,  72,  73,  74,  75,  76,  77,  78,  79,  80,  81,  82,
+     83,  84,  85,  86,  88,  89,  90,  91,  92,  93,  94,  96,  97,  98,  99, 100,
+    102, 103, 104, 105, 107, 108, 109, 110, 112, 113, 114, 116, 117, 118, 119, 121,
+    122, 124, 125, 126, 128, 129, 130, 132, 133, 135, 136, 138, 139, 140, 142, 143,
+    145, 146, 148, 149, 151, 152, 154, 155, 157, 158, 160, 162, 163, 165, 166, 168,
+    170, 171, 173, 174, 176, 178, 179, 181, 183, 184, 186, 188, 190, 191, 193, 195,
+    197, 198, 200, 202, 204, 205, 207, 209, 211, 213, 214, 216, 218, 220, 222, 224,
+    226, 228, 229, 231, 233, 235, 237, 239, 241, 243, 245, 247, 249, 251, 253, 255,
+};

@@ -1,0 +1,380 @@
+// BT.709 gamma: curve values, both 16-bit paths, argument tests of all 36
+// members, untouched alpha, float ranges and a failing allocator.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "kelcc.h"
+#include "support/guarded.h"
+
+using namespace kt;
+
+namespace {
+
+// ---- curve values --------------------------------------------------------------
+
+std::vector<Kel16u> curve16(bool forward)
+{
+    // 21846 pixels = 65538 samples: the table path covers every value at once.
+    const int width = 21846;
+    std::vector<Kel16u> src(width * 3), dst(width * 3);
+    for (int i = 0; i < width * 3; ++i) src[i] = static_cast<Kel16u>(i & 0xFFFF);
+    const auto call = forward ? keliGammaFwd_16u_C3R : keliGammaInv_16u_C3R;
+    EXPECT_EQ(kelOk, call(src.data(), width * 6, dst.data(), width * 6, {width, 1}));
+    dst.resize(65536);
+    return dst;
+}
+
+std::vector<Kel16u> curve16Direct(bool forward)
+{
+    // Rows of at most 65536 samples take the direct evaluation.
+    std::vector<Kel16u> out(65536);
+    const auto call = forward ? keliGammaFwd_16u_C3R : keliGammaInv_16u_C3R;
+    std::vector<Kel16u> src(3 * 21845);
+    for (int start = 0; start < 65536; start += 3 * 21845) {
+        for (int i = 0; i < 3 * 21845; ++i) src[i] = static_cast<Kel16u>((start + i) & 0xFFFF);
+        std::vector<Kel16u> dst(src.size());
+        EXPECT_EQ(kelOk, call(src.data(), 6 * 21845, dst.data(), 6 * 21845, {21845, 1}));
+        for (int i = 0; i < 3 * 21845 && start + i < 65536; ++i) out[start + i] = dst[i];
+    }
+    return out;
+}
+
+std::vector<Kel8u> curve8(bool forward)
+{
+    std::vector<Kel8u> src(258), dst(258);
+    for (int i = 0; i < 258; ++i) src[i] = static_cast<Kel8u>(i);
+    const auto call = forward ? keliGammaFwd_8u_C3R : keliGammaInv_8u_C3R;
+    EXPECT_EQ(kelOk, call(src.data(), 258, dst.data(), 258, {86, 1}));
+    dst.resize(256);
+    return dst;
+}
+
+TEST(GammaCurve, Forward16StartsWithTiesToEvenAndJoinsAt1180)
+{
+    const auto f = curve16(true);
+    const std::vector<Kel16u> first(f.begin(), f.begin() + 12);
+    EXPECT_EQ((std::vector<Kel16u>{0, 4, 9, 14, 18, 22, 27, 32, 36, 40, 45, 50}), first);
+    EXPECT_EQ(65534, f[65533]);
+    EXPECT_EQ(65535, f[65534]);
+    EXPECT_EQ(65535, f[65535]);
+    EXPECT_EQ(5306, f[1179]);
+    EXPECT_EQ(5326, f[1180]);
+}
+
+TEST(GammaCurve, Inverse16IsNotMonotonicAtItsJoin)
+{
+    const auto g = curve16(false);
+    const std::vector<Kel16u> first(g.begin(), g.begin() + 8);
+    EXPECT_EQ((std::vector<Kel16u>{0, 0, 0, 1, 1, 1, 1, 2}), first);
+    EXPECT_EQ(65531, g[65533]);
+    EXPECT_EQ(65533, g[65534]);
+    EXPECT_EQ(65535, g[65535]);
+    EXPECT_EQ(1182, g[5321]);
+    EXPECT_EQ(1179, g[5322]);
+}
+
+TEST(GammaCurve, DirectAndTablePathsAgreeOnEveryValue)
+{
+    EXPECT_EQ(curve16(true), curve16Direct(true));
+    EXPECT_EQ(curve16(false), curve16Direct(false));
+}
+
+TEST(GammaCurve, EightBitTables)
+{
+    const auto f = curve8(true), g = curve8(false);
+    EXPECT_EQ((std::vector<Kel8u>{0, 4, 9, 14, 18, 23, 27, 30}), std::vector<Kel8u>(f.begin(), f.begin() + 8));
+    EXPECT_EQ((std::vector<Kel8u>{254, 254, 255, 255}), std::vector<Kel8u>(f.end() - 4, f.end()));
+    EXPECT_EQ((std::vector<Kel8u>{0, 0, 0, 1, 1, 1, 1, 2}), std::vector<Kel8u>(g.begin(), g.begin() + 8));
+    EXPECT_EQ((std::vector<Kel8u>{247, 249, 251, 253, 255}), std::vector<Kel8u>(g.end() - 5, g.end()));
+    // Both curves rise, and the 8-bit tables follow the 16-bit curves.
+    const auto f16 = curve16(true), g16 = curve16(false);
+    for (int i = 1; i < 256; ++i) {
+        EXPECT_GE(f[i], f[i - 1]);
+        EXPECT_NEAR(f[i], f16[i * 257] / 257.0, 0.51) << i;
+        EXPECT_NEAR(g[i], g16[i * 257] / 257.0, 0.51) << i;
+    }
+}
+
+// ---- every member through one table --------------------------------------------
+
+enum class Walk { C3, AC4, P3 };
+
+struct Member {
+    const char* name;
+    int sampleBytes;  // 1, 2 or 4 (float)
+    Walk walk;
+    bool inPlace;
+    bool forward;
+    // src is ignored by the in-place forms, which work on dst.
+    std::function<KelResult(const void* src, int srcStep, void* dst, int dstStep, KelImageSize, float, float)> call;
+};
+
+#define KT_R(FN, T)                                                                                      \
+    [](const void* s, int ss, void* d, int ds, KelImageSize z, float, float) {                           \
+        return FN(static_cast<const T*>(s), ss, static_cast<T*>(d), ds, z);                              \
+    }
+#define KT_I(FN, T) [](const void*, int, void* d, int ds, KelImageSize z, float, float) { return FN(static_cast<T*>(d), ds, z); }
+#define KT_RP(FN, T)                                                                                     \
+    [](const void* s, int ss, void* d, int ds, KelImageSize z, float, float) {                           \
+        return FN(static_cast<const T* const*>(s), ss, static_cast<T* const*>(d), ds, z);                \
+    }
+#define KT_IP(FN, T) [](const void*, int, void* d, int ds, KelImageSize z, float, float) { return FN(static_cast<T* const*>(d), ds, z); }
+#define KT_RF(FN)                                                                                        \
+    [](const void* s, int ss, void* d, int ds, KelImageSize z, float lo, float hi) {                     \
+        return FN(static_cast<const Kel32f*>(s), ss, static_cast<Kel32f*>(d), ds, z, lo, hi);            \
+    }
+#define KT_IF(FN)                                                                                        \
+    [](const void*, int, void* d, int ds, KelImageSize z, float lo, float hi) {                          \
+        return FN(static_cast<Kel32f*>(d), ds, z, lo, hi);                                               \
+    }
+#define KT_RPF(FN)                                                                                       \
+    [](const void* s, int ss, void* d, int ds, KelImageSize z, float lo, float hi) {                     \
+        return FN(static_cast<const Kel32f* const*>(s), ss, static_cast<Kel32f* const*>(d), ds, z, lo, hi); \
+    }
+#define KT_IPF(FN)                                                                                       \
+    [](const void*, int, void* d, int ds, KelImageSize z, float lo, float hi) {                          \
+        return FN(static_cast<Kel32f* const*>(d), ds, z, lo, hi);                                        \
+    }
+
+#define KT_MEMBERS_8_16(DIR, FWD, T, TAG, BYTES)                                                                \
+    {#DIR "_" #TAG "_C3R", BYTES, Walk::C3, false, FWD, KT_R(keli##DIR##_##TAG##_C3R, T)},                   \
+    {#DIR "_" #TAG "_C3IR", BYTES, Walk::C3, true, FWD, KT_I(keli##DIR##_##TAG##_C3IR, T)},                  \
+    {#DIR "_" #TAG "_AC4R", BYTES, Walk::AC4, false, FWD, KT_R(keli##DIR##_##TAG##_AC4R, T)},                \
+    {#DIR "_" #TAG "_AC4IR", BYTES, Walk::AC4, true, FWD, KT_I(keli##DIR##_##TAG##_AC4IR, T)},               \
+    {#DIR "_" #TAG "_P3R", BYTES, Walk::P3, false, FWD, KT_RP(keli##DIR##_##TAG##_P3R, T)},                  \
+    {#DIR "_" #TAG "_IP3R", BYTES, Walk::P3, true, FWD, KT_IP(keli##DIR##_##TAG##_IP3R, T)}
+
+#define KT_MEMBERS_32F(DIR, FWD)                                                                               \
+    {#DIR "_32f_C3R", 4, Walk::C3, false, FWD, KT_RF(keli##DIR##_32f_C3R)},                                  \
+    {#DIR "_32f_C3IR", 4, Walk::C3, true, FWD, KT_IF(keli##DIR##_32f_C3IR)},                                 \
+    {#DIR "_32f_AC4R", 4, Walk::AC4, false, FWD, KT_RF(keli##DIR##_32f_AC4R)},                               \
+    {#DIR "_32f_AC4IR", 4, Walk::AC4, true, FWD, KT_IF(keli##DIR##_32f_AC4IR)},                              \
+    {#DIR "_32f_P3R", 4, Walk::P3, false, FWD, KT_RPF(keli##DIR##_32f_P3R)},                                 \
+    {#DIR "_32f_IP3R", 4, Walk::P3, true, FWD, KT_IPF(keli##DIR##_32f_IP3R)}
+
+const Member kMembers[] = {
+    KT_MEMBERS_8_16(GammaFwd, true, Kel8u, 8u, 1),   KT_MEMBERS_8_16(GammaInv, false, Kel8u, 8u, 1),
+    KT_MEMBERS_8_16(GammaFwd, true, Kel16u, 16u, 2), KT_MEMBERS_8_16(GammaInv, false, Kel16u, 16u, 2),
+    KT_MEMBERS_32F(GammaFwd, true),                  KT_MEMBERS_32F(GammaInv, false),
+};
+
+constexpr float kLow = -2.0f, kHigh = 6.0f;
+
+// One image of a member's layout: a single guarded buffer, or three planes.
+struct Image {
+    Image(const Member& m, int width, int height, Placement placement = Placement::Guarded)
+    {
+        const int perPixel = m.walk == Walk::C3 ? 3 : m.walk == Walk::AC4 ? 4 : 1;
+        const std::size_t rowBytes = static_cast<std::size_t>(width) * perPixel * m.sampleBytes;
+        const int planes = m.walk == Walk::P3 ? 3 : 1;
+        for (int p = 0; p < planes; ++p) {
+            buffers.push_back(std::make_unique<GuardedImage>(rowBytes, height, placement, 4 * 5));
+            pointers[p] = buffers.back()->data();
+        }
+        sampleBytes = m.sampleBytes;
+    }
+    void* argument() { return buffers.size() == 3 ? static_cast<void*>(pointers.data()) : pointers[0]; }
+    int step() const { return buffers[0]->step(); }
+    void fill(std::uint32_t seed)
+    {
+        for (auto& b : buffers) {
+            b->fillRandom(seed++);
+            if (sampleBytes == 4)  // floats spread over and a little beyond the range
+                for (int y = 0; y < b->height(); ++y)
+                    for (std::size_t x = 0; x < b->rowBytes() / 4; ++x)
+                        b->at<float>(static_cast<int>(x), y) = kLow - 1.0f + (kHigh - kLow + 2.0f) * (b->row(y)[4 * x] / 255.0f);
+        }
+    }
+    std::vector<std::uint8_t> rows() const
+    {
+        std::vector<std::uint8_t> all;
+        for (const auto& b : buffers) {
+            auto r = b->rows();
+            all.insert(all.end(), r.begin(), r.end());
+        }
+        return all;
+    }
+    bool intact() const
+    {
+        for (const auto& b : buffers)
+            if (!b->fenceIntact()) return false;
+        return true;
+    }
+    std::vector<std::unique_ptr<GuardedImage>> buffers;
+    std::array<void*, 3> pointers{};
+    int sampleBytes = 1;
+};
+
+class GammaMember : public ::testing::TestWithParam<Member> {
+protected:
+    KelResult callWith(Image& src, Image& dst, KelImageSize size, bool nullSrc = false, bool nullDst = false,
+                       int nullPlane = -1, int srcStep = 0, int dstStep = 0, float low = kLow, float high = kHigh)
+    {
+        const Member& m = GetParam();
+        if (nullPlane >= 0) (m.inPlace ? dst : src).pointers[nullPlane] = nullptr;
+        void* s = nullSrc ? nullptr : src.argument();
+        void* d = nullDst ? nullptr : dst.argument();
+        if (m.inPlace && nullSrc) d = nullptr;
+        if (m.inPlace && srcStep) dstStep = srcStep;  // the one stride of an in-place call
+        return m.call(s, srcStep ? srcStep : src.step(), d, dstStep ? dstStep : dst.step(), size, low, high);
+    }
+
+    void expectRejected(KelResult expected, KelImageSize size, bool nullSrc, bool nullDst, int nullPlane = -1,
+                        int srcStep = 0, int dstStep = 0, float low = kLow, float high = kHigh)
+    {
+        const Member& m = GetParam();
+        Image src(m, 3, 2), dst(m, 3, 2);
+        src.fill(1);
+        dst.fill(2);
+        const auto before = dst.rows();
+        EXPECT_EQ(expected, callWith(src, dst, size, nullSrc, nullDst, nullPlane, srcStep, dstStep, low, high));
+        EXPECT_EQ(before, dst.rows());
+        EXPECT_TRUE(dst.intact());
+    }
+};
+
+TEST_P(GammaMember, ArgumentTestsInOrder)
+{
+    const Member& m = GetParam();
+    const bool is32f = m.sampleBytes == 4;
+    if (is32f) {
+        // The range comes before everything else, null pointers included.
+        expectRejected(kelErrGammaRange, {0, 0}, true, true, -1, 0, 0, 1.0f, 1.0f);
+        expectRejected(kelErrGammaRange, {3, 2}, false, false, -1, 0, 0, 2.0f, 1.0f);
+    }
+    expectRejected(kelErrNullPointer, {0, 0}, true, false, -1, -1);
+    if (!m.inPlace) expectRejected(kelErrNullPointer, {0, 2}, false, true);
+    if (m.walk == Walk::P3)
+        for (int p = 0; p < 3; ++p) expectRejected(kelErrNullPointer, {0, 2}, false, false, p);  // before size
+    expectRejected(kelErrSize, {0, 2}, false, false, -1, -1, -1);
+    expectRejected(kelErrSize, {3, -1}, false, false);
+    expectRejected(kelErrStep, {3, 2}, false, false, -1, -4, 0);
+    if (!m.inPlace) expectRejected(kelErrStep, {3, 2}, false, false, -1, 0, -4);
+}
+
+// Every member maps each treated sample as the C3R member of its kind maps it
+// and leaves the fourth sample of an AC4 pixel alone.
+TEST_P(GammaMember, MapsEverySampleAndLeavesAlphaAlone)
+{
+    const Member& m = GetParam();
+    const int width = 9, height = 4;
+    for (Placement placement : {Placement::Guarded, Placement::Fenced}) {
+        Image src(m, width, height, placement), dst(m, width, height, placement);
+        src.fill(11);
+        dst.fill(12);
+        Image& input = m.inPlace ? dst : src;
+        if (m.inPlace) dst.fill(11);
+        const auto inputBefore = input.rows();
+        const auto dstBefore = dst.rows();
+        ASSERT_EQ(kelOk, callWith(src, dst, {width, height}));
+        EXPECT_TRUE(src.intact());
+        EXPECT_TRUE(dst.intact());
+        if (!m.inPlace) EXPECT_EQ(inputBefore, src.rows());
+
+        // Expected: each treated sample through a one-sample C3R-shaped call.
+        const Member& reference = *std::find_if(std::begin(kMembers), std::end(kMembers), [&m](const Member& r) {
+            return r.sampleBytes == m.sampleBytes && r.forward == m.forward && r.walk == Walk::C3 && !r.inPlace;
+        });
+        const auto after = dst.rows();
+        const int bytes = m.sampleBytes;
+        const std::size_t samples = inputBefore.size() / bytes;
+        for (std::size_t i = 0; i < samples; ++i) {
+            const bool alpha = m.walk == Walk::AC4 && i % 4 == 3;
+            std::array<std::uint8_t, 12> one{}, out{};
+            std::memcpy(one.data(), &inputBefore[i * bytes], bytes);
+            if (alpha) {
+                ASSERT_EQ(0, std::memcmp(&dstBefore[i * bytes], &after[i * bytes], bytes)) << "alpha sample " << i;
+                continue;
+            }
+            ASSERT_EQ(kelOk, reference.call(one.data(), 12, out.data(), 12, {1, 1}, kLow, kHigh));
+            ASSERT_EQ(0, std::memcmp(out.data(), &after[i * bytes], bytes)) << "sample " << i;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Gamma, GammaMember, ::testing::ValuesIn(kMembers),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// ---- 16-bit paths and the allocator --------------------------------------------
+
+void* failingMalloc(std::size_t) { return nullptr; }
+
+class FailingAllocator {
+public:
+    FailingAllocator() : saved_(i_malloc) { i_malloc = failingMalloc; }
+    ~FailingAllocator() { i_malloc = saved_; }
+private:
+    void* (*saved_)(std::size_t);
+};
+
+TEST(Gamma16, TablePathReportsNoMemoryAndLeavesTheImage)
+{
+    for (auto call : {keliGammaFwd_16u_C3R, keliGammaInv_16u_C3R, keliGammaFwd_16u_AC4R}) {
+        const int width = 21846;  // 65538 treated samples
+        GuardedImage src(width * 8, 1), dst(width * 8, 1);
+        src.fillRandom(5);
+        dst.fillRandom(6);
+        const auto before = dst.rows();
+        FailingAllocator failing;
+        EXPECT_EQ(kelErrNoMemory, call(reinterpret_cast<Kel16u*>(src.data()), src.step(),
+                                       reinterpret_cast<Kel16u*>(dst.data()), dst.step(), {width, 1}));
+        EXPECT_EQ(before, dst.rows());
+        // One pixel fewer stays on the direct path, which allocates nothing.
+        EXPECT_EQ(kelOk, call(reinterpret_cast<Kel16u*>(src.data()), src.step(),
+                              reinterpret_cast<Kel16u*>(dst.data()), dst.step(), {width - 1, 1}));
+    }
+}
+
+TEST(Gamma16, AC4CountsThreeSamplesAPixelForThePathChoice)
+{
+    // 21845 x 1 AC4 pixels are 65535 treated samples: direct, no allocation.
+    FailingAllocator failing;
+    std::vector<Kel16u> image(21845 * 4, 1000);
+    EXPECT_EQ(kelOk, keliGammaFwd_16u_AC4IR(image.data(), 21845 * 8, {21845, 1}));
+    EXPECT_EQ(0, keliGammaFwd_16u_IP3R(std::array<Kel16u*, 3>{image.data(), image.data(), image.data()}.data(),
+                                       2 * 21845, {21845, 1}));
+}
+
+// ---- 32-bit float ranges ---------------------------------------------------------
+
+TEST(Gamma32f, RangeEndsMapToThemselves)
+{
+    for (auto [low, high] : {std::pair{0.0f, 1.0f}, std::pair{-2.0f, 6.0f}, std::pair{100.0f, 355.0f}}) {
+        std::array<Kel32f, 3> src{low, high, low + (high - low) * 0.5f}, fwd{}, inv{};
+        ASSERT_EQ(kelOk, keliGammaFwd_32f_C3R(src.data(), 12, fwd.data(), 12, {1, 1}, low, high));
+        ASSERT_EQ(kelOk, keliGammaInv_32f_C3R(src.data(), 12, inv.data(), 12, {1, 1}, low, high));
+        EXPECT_EQ(low, fwd[0]);
+        EXPECT_EQ(low, inv[0]);
+        EXPECT_NEAR(high, fwd[1], std::abs(high) * 1e-6f + 1e-6f);
+        EXPECT_NEAR(high, inv[1], std::abs(high) * 1e-6f + 1e-6f);
+        EXPECT_GT(fwd[2], src[2]);  // the forward curve lifts mid-tones
+        EXPECT_LT(inv[2], src[2]);
+    }
+}
+
+TEST(Gamma32f, SamplesBelowTheRangeTakeTheLinearPiece)
+{
+    std::array<Kel32f, 3> src{-1.0f, -0.5f, 0.01f}, dst{};
+    ASSERT_EQ(kelOk, keliGammaFwd_32f_C3R(src.data(), 12, dst.data(), 12, {1, 1}, 0.0f, 1.0f));
+    EXPECT_FLOAT_EQ(-4.5f, dst[0]);
+    EXPECT_FLOAT_EQ(-2.25f, dst[1]);
+    EXPECT_FLOAT_EQ(0.045f, dst[2]);
+    ASSERT_EQ(kelOk, keliGammaInv_32f_C3R(src.data(), 12, dst.data(), 12, {1, 1}, 0.0f, 1.0f));
+    EXPECT_FLOAT_EQ(-1.0f / 4.5f, dst[0]);
+}
+
+TEST(Gamma32f, AgreesWithTheSixteenBitCurveInsideTheRange)
+{
+    const auto f16 = curve16(true);
+    std::vector<Kel32f> src(3 * 1000), dst(src.size());
+    for (int i = 0; i < 3000; ++i) src[i] = static_cast<float>(i * 21);
+    ASSERT_EQ(kelOk, keliGammaFwd_32f_C3R(src.data(), 12000, dst.data(), 12000, {1000, 1}, 0.0f, 65535.0f));
+    for (int i = 0; i < 3000; ++i) EXPECT_NEAR(f16[i * 21], dst[i], 0.51) << i;
+}
+
+} // namespace
