@@ -9,7 +9,7 @@ declared=$(grep -E '^KEL_API' "$header" |
           s/^KEL_API extern .* ([A-Za-z_][A-Za-z0-9_]*);.*/\1/;          # plain variables
           s/^KEL_API [^(]*[ *]([A-Za-z_][A-Za-z0-9_]*)\(.*/\1/' |        # functions
   sort -u)
-exported=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start)$' | sort -u)
+exported=$(nm -D --defined-only "$lib" | awk '{print $3}' | grep -v -E '^(_init|_fini|_edata|_end|__bss_start|__odr_asan\..*|__asan_.*|__ubsan_.*)$' | sort -u)
 if [ "$declared" != "$exported" ]; then
   echo "declared but not exported:"; comm -23 <(echo "$declared") <(echo "$exported")
   echo "exported but not declared:"; comm -13 <(echo "$declared") <(echo "$exported")
