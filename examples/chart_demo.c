@@ -132,6 +132,11 @@ int main(int argc, char** argv)
     failed |= roundTrip(dir, "lab", "lab.ppm", keliBGRToLab_8u_C3R, keliLabToBGR_8u_C3R, chart, middle, back,
                         step) != 0;
 
+    failed |= roundTrip(dir, "hls", "hls.ppm", keliRGBToHLS_8u_C3R, keliHLSToRGB_8u_C3R, chart, middle, back,
+                        step) != 0;
+    failed |= roundTrip(dir, "hsv", "hsv.ppm", keliRGBToHSV_8u_C3R, keliHSVToRGB_8u_C3R, chart, middle, back,
+                        step) != 0;
+
     free(chart);
     free(middle);
     free(back);

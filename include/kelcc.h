@@ -170,6 +170,52 @@ KEL_API KelResult keliGammaInv_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelIma
 KEL_API KelResult keliGammaInv_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
 KEL_API KelResult keliGammaInv_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
 
+/* ---- HSV and HLS -------------------------------------------------------- */
+/* Pixel-order RGB <-> HSV (8u, 16u) and RGB <-> HLS (8u, 16u, 16s, 32f).  Coded
+   hue covers one turn over the type's range; 16s is the 16u coding moved by
+   32768.  AC4 leaves the fourth element as it was.  Rows are shared among
+   threads above 4096 pixels. */
+KEL_API KelResult keliRGBToHSV_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHSV_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHSV_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHSV_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHSVToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHSVToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHSVToRGB_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHSVToRGB_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToHLS_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToRGB_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+/* Blue-first 8u <-> HLS between planes and pixel order; alpha copied where both
+   sides have it.  Strides are checked (before the size) and results truncate.
+   keliBGRToHLS_8u_AC4R checks size before strides, rounds, and leaves alpha. */
+KEL_API KelResult keliBGRToHLS_8u_AP4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* const pDst[4], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_AP4C4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_AC4P4R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[4], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_AP4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* const pDst[4], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_AP4C4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_AC4P4R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[4], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliHLSToBGR_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
 #ifdef __cplusplus
 }
 #endif
