@@ -23,6 +23,7 @@ typedef uint16_t Kel16u;
 typedef int16_t  Kel16s;
 typedef int32_t  Kel32s;
 typedef float    Kel32f;
+typedef double   Kel64f;
 
 /* ---- status ------------------------------------------------------------ */
 /* 0 is success, negative values are errors (nothing was written), positive
@@ -109,6 +110,15 @@ KEL_API Kel16s* kelsMalloc_16s(int len);
 KEL_API Kel16u* kelsMalloc_16u(int len);
 KEL_API Kel32f* kelsMalloc_32f(int len);
 KEL_API void kelsFree(void* ptr);
+
+/* ---- small one-channel operations -------------------------------------- */
+KEL_API KelResult keliCopy_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSet_8u_C1R(Kel8u value, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+/* The largest sample; a NaN replaces nothing, but stays if it is the first sample. */
+KEL_API KelResult keliMax_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize roiSize, Kel32f* pMax);
+/* accuracyHint is accepted and not read. */
+KEL_API KelResult keliSum_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize roiSize, Kel64f* pSum, int accuracyHint);
+KEL_API KelResult keliMean_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize roiSize, Kel64f* pMean, int accuracyHint);
 
 /* ---- RGB <-> YCbCr, full resolution ------------------------------------ */
 /* Studio range (Y 16..235, Cb/Cr 16..240).  Planar members take one stride
@@ -215,6 +225,52 @@ KEL_API KelResult keliHLSToBGR_8u_P3R(const Kel8u* const pSrc[3], int srcStep, K
 KEL_API KelResult keliHLSToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliHLSToBGR_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
+/* ---- repacking among 4:2:2, 4:2:0, 4:1:1 and 16:2:0 ----------------------- */
+/* Luma is copied; chroma copied, repeated, dropped or restacked.  Sizes the
+   schemes cannot hold are rounded down silently.  P3 sides take an array of
+   three strides; P2 sides a Y plane and a plane of Cb, Cr pairs. */
+KEL_API KelResult keliYCbCr420ToYCbCr422_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToYCbCr422_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToYCbCr422_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr420_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCbCr420_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCrCb422ToYCbCr420_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr420_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb422ToYCbCr422_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCbCr422_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCrCb422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr411_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr411_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr411_8u_C2P2R(const Kel8u* pSrc, int srcStep, Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr411_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCbCr411_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCrCb422ToYCbCr411_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr422_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCrCb422_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCrCb422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr422_8u_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr422_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToYCbCr411_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToYCbCr411_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToYCbCr411_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr420_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCbCr420_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToYCrCb420_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCrCb422_8u_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420To411_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420To1620_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
 
 #ifdef __cplusplus
 }

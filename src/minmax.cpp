@@ -1,0 +1,20 @@
+// The largest sample of a one-channel float image.
+#include "callframe.h"
+
+using namespace kel;
+
+extern "C" KEL_API KelResult keliMax_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize roiSize, Kel32f* pMax)
+{
+    if (anyNull(pSrc, pMax))       return kelErrNullPointer;
+    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
+    // Only a strictly greater sample replaces the maximum: a NaN never does,
+    // and a NaN in the first sample stays the result.
+    Kel32f largest = pSrc[0];
+    for (int y = 0; y < roiSize.height; ++y) {
+        const Kel32f* row = rowAt(pSrc, srcStep, y);
+        for (int x = 0; x < roiSize.width; ++x)
+            if (row[x] > largest) largest = row[x];
+    }
+    *pMax = largest;
+    return kelOk;
+}
