@@ -272,6 +272,42 @@ KEL_API KelResult keliYCbCr411To420_8u_P3R(const Kel8u* const pSrc[3], const int
 KEL_API KelResult keliYCbCr420To1620_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
 KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
 
+/* ---- RGB <-> full-range YUV ---------------------------------------------- */
+/* Full resolution: Y 0..255 truncated, U and V around 128.  The C3/AC4 inverse
+   and the planar inverse use coefficient sets one apart in the last place. */
+KEL_API KelResult keliRGBToYUV_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUVToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUVToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUVToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUVToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+/* 4:2:2 and 4:2:0.  Sub-sampled planes take an array of three strides; the
+   forms without R take none and derive them from the width.  4:2:0 members
+   return kelWarnOddSize for odd sizes after converting the whole cells. */
+KEL_API KelResult keliRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize);
+KEL_API KelResult keliYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliRGBToYUV420_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliRGBToYUV420_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize);
+KEL_API KelResult keliYUV420ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize);
+KEL_API KelResult keliYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
 #ifdef __cplusplus
 }
 #endif

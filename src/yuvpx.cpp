@@ -1,0 +1,606 @@
+// RGB <-> full-range YUV with 4:2:2 and 4:2:0 chroma.  The forward direction
+// averages the colour differences of a cell (two pixels, or 2 x 2); the
+// inverse repeats the cell's chroma for each pixel.  Includes the forms that
+// take no strides.
+#include <array>
+#include <cstdint>
+#include <type_traits>
+
+#include "callframe.h"
+#include "yuvconv.h"
+
+using namespace kel;
+using namespace kel::yuv;
+
+namespace {
+
+// Three channels of one row: where each starts and the distance between the
+// samples of a pixel (3 or 4 in pixel order, 1 in planes).
+template <typename Byte>
+struct Channels {
+    Byte* c[3];
+};
+
+template <typename Byte>
+Channels<Byte> pixelChannels(Byte* row)
+{
+    return {{row, row + 1, row + 2}};
+}
+
+template <typename Byte>
+Channels<Byte> planeChannels(Byte* const planes[3], const int steps[3], int y)
+{
+    return {{rowAt(planes[0], steps[0], y), rowAt(planes[1], steps[1], y), rowAt(planes[2], steps[2], y)}};
+}
+
+template <typename Byte>
+Channels<Byte> planeChannels(Byte* const planes[3], int step, int y)
+{
+    const int steps[3] = {step, step, step};
+    return planeChannels(planes, steps, y);
+}
+
+// ---- forward kernels ---------------------------------------------------------------------
+
+// A 4:2:2 row.  YUV in planes (Y, U, V) or in pixel order (Y0 U Y1 V).  A last
+// single pixel takes the one-pixel formulas; pixel order has room for its Y
+// and U only.
+template <int RgbPitch, bool PixelOrderYuv>
+void forward422(Channels<const Kel8u> rgb, Channels<Kel8u> yuv, int width)
+{
+    constexpr int lumaPitch = PixelOrderYuv ? 2 : 1, chromaPitch = PixelOrderYuv ? 4 : 1;
+    const Kel8u *r = rgb.c[0], *g = rgb.c[1], *b = rgb.c[2];
+    Kel8u *y = yuv.c[0], *u = yuv.c[1], *v = yuv.c[2];
+    const int pairs = width / 2;
+    for (int k = 0; k < pairs; ++k) {
+        const int p0 = 2 * k * RgbPitch, p1 = p0 + RgbPitch;
+        const std::int32_t s0 = lumaSum(r[p0], g[p0], b[p0]), s1 = lumaSum(r[p1], g[p1], b[p1]);
+        y[2 * k * lumaPitch] = static_cast<Kel8u>(s0 >> 16);
+        y[(2 * k + 1) * lumaPitch] = static_cast<Kel8u>(s1 >> 16);
+        u[k * chromaPitch] = chromaU<1>(b[p0] + b[p1], s0 + s1);
+        v[k * chromaPitch] = chromaV<1>(r[p0] + r[p1], s0 + s1);
+    }
+    if (width & 1) {
+        const int p = 2 * pairs * RgbPitch;
+        const std::int32_t s = lumaSum(r[p], g[p], b[p]);
+        y[2 * pairs * lumaPitch] = static_cast<Kel8u>(s >> 16);
+        u[pairs * chromaPitch] = chromaU<0>(b[p], s);
+        if constexpr (!PixelOrderYuv) v[pairs * chromaPitch] = chromaV<0>(r[p], s);
+    }
+}
+
+// A 4:2:0 row pair: width / 2 cells of 2 x 2; an odd last column is skipped.
+template <int RgbPitch>
+void forward420(Channels<const Kel8u> top, Channels<const Kel8u> bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                Kel8u* v, int width)
+{
+    for (int k = 0; k < width / 2; ++k) {
+        const int p0 = 2 * k * RgbPitch, p1 = p0 + RgbPitch;
+        const std::int32_t s00 = lumaSum(top.c[0][p0], top.c[1][p0], top.c[2][p0]);
+        const std::int32_t s01 = lumaSum(top.c[0][p1], top.c[1][p1], top.c[2][p1]);
+        const std::int32_t s10 = lumaSum(bottom.c[0][p0], bottom.c[1][p0], bottom.c[2][p0]);
+        const std::int32_t s11 = lumaSum(bottom.c[0][p1], bottom.c[1][p1], bottom.c[2][p1]);
+        yTop[2 * k] = static_cast<Kel8u>(s00 >> 16);
+        yTop[2 * k + 1] = static_cast<Kel8u>(s01 >> 16);
+        yBottom[2 * k] = static_cast<Kel8u>(s10 >> 16);
+        yBottom[2 * k + 1] = static_cast<Kel8u>(s11 >> 16);
+        const std::int32_t sum = s00 + s01 + s10 + s11;
+        u[k] = chromaU<2>(top.c[2][p0] + top.c[2][p1] + bottom.c[2][p0] + bottom.c[2][p1], sum);
+        v[k] = chromaV<2>(top.c[0][p0] + top.c[0][p1] + bottom.c[0][p0] + bottom.c[0][p1], sum);
+    }
+}
+
+// ---- inverse kernels ------------------------------------------------------------------------
+
+// Writes one pixel of RGB (or BGR with Swap) at dst[0..2], and 0 as alpha
+// when the destination has four channels.
+template <int Pitch, bool Swap, std::int32_t Half>
+inline void storeRGB(Kel8u* dst, std::int32_t y, std::int32_t u, std::int32_t v)
+{
+    Kel8u r, g, b;
+    toRGB<inverse1, Half>(y, u, v, r, g, b);
+    dst[0] = Swap ? b : r;
+    dst[1] = g;
+    dst[2] = Swap ? r : b;
+    if constexpr (Pitch == 4) dst[3] = 0;
+}
+
+// A 4:2:2 row from planes to pixel order (Pitch 3 or 4) or to planes (Pitch
+// 1, with the RGB planes in rgb).  A last single pixel takes chroma entry
+// width / 2, which the planes hold.
+template <int Pitch>
+void inverse422Planes(Channels<const Kel8u> yuv, Channels<Kel8u> rgb, int width)
+{
+    const Kel8u *y = yuv.c[0], *u = yuv.c[1], *v = yuv.c[2];
+    for (int x = 0; x < width; ++x) {
+        const int k = x / 2;
+        if constexpr (Pitch == 1) {
+            toRGB<inverse1>(y[x], u[k], v[k], rgb.c[0][x], rgb.c[1][x], rgb.c[2][x]);
+        } else {
+            storeRGB<Pitch, false, 0>(rgb.c[0] + x * Pitch, y[x], u[k], v[k]);
+        }
+    }
+}
+
+// A 4:2:2 row in pixel order (Y0 U Y1 V).  A last single pixel, in a pair cut
+// short after its U, takes V from the pair before: the byte before its Y.
+void inverse422PixelOrder(const Kel8u* src, Kel8u* dst, int width)
+{
+    const int pairs = width / 2;
+    for (int k = 0; k < pairs; ++k) {
+        const Kel8u* pair = src + 4 * k;
+        storeRGB<3, false, 0>(dst + 6 * k, pair[0], pair[1], pair[3]);
+        storeRGB<3, false, 0>(dst + 6 * k + 3, pair[2], pair[1], pair[3]);
+    }
+    if (width & 1) {
+        const Kel8u* last = src + 4 * pairs;
+        storeRGB<3, false, 0>(dst + 6 * pairs, last[0], last[1], last[-1]);
+    }
+}
+
+// A 4:2:0 row pair; the odd last column is left alone.
+template <int Pitch, bool Swap, std::int32_t Half>
+void inverse420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Channels<Kel8u> top,
+                Channels<Kel8u> bottom, int width)
+{
+    for (int k = 0; k < width / 2; ++k)
+        for (int i = 0; i < 2; ++i) {
+            const int x = 2 * k + i;
+            if constexpr (Pitch == 1) {
+                toRGB<inverse1>(yTop[x], u[k], v[k], top.c[0][x], top.c[1][x], top.c[2][x]);
+                toRGB<inverse1>(yBottom[x], u[k], v[k], bottom.c[0][x], bottom.c[1][x], bottom.c[2][x]);
+            } else {
+                storeRGB<Pitch, Swap, Half>(top.c[0] + x * Pitch, yTop[x], u[k], v[k]);
+                storeRGB<Pitch, Swap, Half>(bottom.c[0] + x * Pitch, yBottom[x], u[k], v[k]);
+            }
+        }
+}
+
+} // namespace
+
+// ---- row kernels under the library's names ------------------------------------------------------
+
+void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    forward422<3, true>(pixelChannels(src), {{dst, dst + 1, dst + 3}}, width);
+}
+void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, Channels<Kel8u> dst, int width)
+{
+    forward422<3, false>(pixelChannels(src), dst, width);
+}
+void innerRGBToYUV422_8u_P3R(Channels<const Kel8u> src, Channels<Kel8u> dst, int width)
+{
+    forward422<1, false>(src, dst, width);
+}
+void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    inverse422PixelOrder(src, dst, width);
+}
+void innerYUV422ToRGB_8u_P3C3R(Channels<const Kel8u> src, Kel8u* dst, int width)
+{
+    inverse422Planes<3>(src, pixelChannels(dst), width);
+}
+void innerYUV422ToRGB_8u_P3AC4R(Channels<const Kel8u> src, Kel8u* dst, int width)
+{
+    inverse422Planes<4>(src, pixelChannels(dst), width);
+}
+void innerYUV422ToRGB_8u_P3R(Channels<const Kel8u> src, Channels<Kel8u> dst, int width)
+{
+    inverse422Planes<1>(src, dst, width);
+}
+
+// The width-1 path of pixel-order 4:2:2: byte 1 serves as both chroma samples.
+void unrealYUV(const Kel8u* src, Kel8u* dst)
+{
+    const std::int32_t y16 = src[0] << 16, c = src[1] - 128;
+    dst[0] = saturateByte((y16 + 74711 * c) >> 16);
+    dst[1] = saturateByte((y16 - 25821 * c - 38076 * c) >> 16);
+    dst[2] = saturateByte((y16 + 133169 * c) >> 16);
+}
+
+void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width)
+{
+    forward420<3>(pixelChannels(top), pixelChannels(bottom), yTop, yBottom, u, v, width);
+}
+void innerRGBToYUV420_8u_P3R(Channels<const Kel8u> top, Channels<const Kel8u> bottom, Kel8u* yTop, Kel8u* yBottom,
+                             Kel8u* u, Kel8u* v, int width)
+{
+    forward420<1>(top, bottom, yTop, yBottom, u, v, width);
+}
+void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width)
+{
+    inverse420<3, false, 0>(yTop, yBottom, u, v, pixelChannels(top), pixelChannels(bottom), width);
+}
+// The one inverse that rounds: 32768 before each shift.
+void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                                Kel8u* bottom, int width)
+{
+    inverse420<4, false, 32768>(yTop, yBottom, u, v, pixelChannels(top), pixelChannels(bottom), width);
+}
+void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                             Channels<Kel8u> top, Channels<Kel8u> bottom, int width)
+{
+    inverse420<1, false, 0>(yTop, yBottom, u, v, top, bottom, width);
+}
+
+// ---- row layers ------------------------------------------------------------------------------------
+
+void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    for (int y = 0; y < height; ++y) innerRGBToYUV422_8u_C3C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+}
+void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
+                            int height)
+{
+    for (int y = 0; y < height; ++y)
+        innerRGBToYUV422_8u_C3P3R(rowAt(pSrc, srcStep, y), planeChannels(pDst, dstSteps, y), width);
+}
+void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                          int width, int height)
+{
+    for (int y = 0; y < height; ++y)
+        innerRGBToYUV422_8u_P3R(planeChannels(pSrc, srcStep, y), planeChannels(pDst, dstSteps, y), width);
+}
+void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    for (int y = 0; y < height; ++y) {
+        if (width == 1) unrealYUV(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y));
+        else innerYUV422ToRGB_8u_C2C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+    }
+}
+void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                            int height)
+{
+    for (int y = 0; y < height; ++y)
+        innerYUV422ToRGB_8u_P3C3R(planeChannels(pSrc, srcSteps, y), rowAt(pDst, dstStep, y), width);
+}
+void myYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    for (int y = 0; y < height; ++y)
+        innerYUV422ToRGB_8u_P3AC4R(planeChannels(pSrc, srcSteps, y), rowAt(pDst, dstStep, y), width);
+}
+void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
+                          int width, int height)
+{
+    for (int y = 0; y < height; ++y)
+        innerYUV422ToRGB_8u_P3R(planeChannels(pSrc, srcSteps, y), planeChannels(pDst, dstStep, y), width);
+}
+
+// 4:2:0 row layers: row pairs, chroma rows one at a time.
+void myRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
+                            int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        innerRGBToYUV420_8u_C3P3R(rowAt(pSrc, srcStep, 2 * j), rowAt(pSrc, srcStep, 2 * j + 1),
+                                  rowAt(pDst[0], dstSteps[0], 2 * j), rowAt(pDst[0], dstSteps[0], 2 * j + 1),
+                                  rowAt(pDst[1], dstSteps[1], j), rowAt(pDst[2], dstSteps[2], j), width);
+}
+void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                          int width, int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        innerRGBToYUV420_8u_P3R(planeChannels(pSrc, srcStep, 2 * j), planeChannels(pSrc, srcStep, 2 * j + 1),
+                                rowAt(pDst[0], dstSteps[0], 2 * j), rowAt(pDst[0], dstSteps[0], 2 * j + 1),
+                                rowAt(pDst[1], dstSteps[1], j), rowAt(pDst[2], dstSteps[2], j), width);
+}
+void myYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                            int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        innerYUV420ToRGB_8u_P3C3R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
+                                  rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
+                                  rowAt(pDst, dstStep, 2 * j), rowAt(pDst, dstStep, 2 * j + 1), width);
+}
+void myYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        innerYUV420ToRGB_8u_P3AC4R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
+                                   rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
+                                   rowAt(pDst, dstStep, 2 * j), rowAt(pDst, dstStep, 2 * j + 1), width);
+}
+void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
+                          int width, int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        innerYUV420ToRGB_8u_P3R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
+                                rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
+                                planeChannels(pDst, dstStep, 2 * j), planeChannels(pDst, dstStep, 2 * j + 1), width);
+}
+
+// Row loop and kernel in one: blue first, saturation by compares.
+void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    for (int j = 0; j < height / 2; ++j)
+        inverse420<3, true, 0>(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
+                               rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
+                               pixelChannels(rowAt(pDst, dstStep, 2 * j)),
+                               pixelChannels(rowAt(pDst, dstStep, 2 * j + 1)), width);
+}
+
+// ---- whole images as one row -------------------------------------------------------------------------
+
+// A whole image of even width and at least 256 pixels lies back to back in
+// whole pairs, so the kernel runs over it as one long row: the pixels up to a
+// multiple of 8, then the rest.
+namespace {
+
+bool asOneRow(KelImageSize size)
+{
+    const std::int64_t pixels = static_cast<std::int64_t>(size.width) * size.height;
+    return pixels >= 256 && (size.width & 1) == 0;
+}
+
+template <typename Kernel>
+void inTwoRuns(KelImageSize size, Kernel kernel)
+{
+    const int pixels = static_cast<int>(static_cast<std::int64_t>(size.width) * size.height);
+    const int n = pixels & ~7;
+    kernel(0, n);
+    if (pixels & 7) kernel(n, pixels & 7);
+}
+
+template <typename Byte>
+Channels<Byte> advanced(Byte* const planes[3], int lumaOffset)
+{
+    return {{planes[0] + lumaOffset, planes[1] + lumaOffset / 2, planes[2] + lumaOffset / 2}};
+}
+
+template <typename Byte>
+Channels<Byte> advancedRGB(Byte* const planes[3], int offset)
+{
+    return {{planes[0] + offset, planes[1] + offset, planes[2] + offset}};
+}
+
+} // namespace
+
+void myRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerRGBToYUV422_8u_C3P3R(pSrc + 3 * first, advanced(pDst, first), count);
+    });
+}
+void myRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerRGBToYUV422_8u_P3R(advancedRGB(pSrc, first), advanced(pDst, first), count);
+    });
+}
+void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerYUV422ToRGB_8u_P3C3R(advanced(pSrc, first), pDst + 3 * first, count);
+    });
+}
+void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerYUV422ToRGB_8u_P3R(advanced(pSrc, first), advancedRGB(pDst, first), count);
+    });
+}
+
+// ---- public functions ------------------------------------------------------------------------------------
+
+namespace {
+
+template <typename P>
+constexpr bool isPlaneArray = std::is_pointer_v<std::remove_pointer_t<P>>;
+
+// Null pointers, then the size, then the plane pointers.
+template <typename Src, typename Dst>
+KelResult testArguments(Src pSrc, Dst pDst, KelImageSize size)
+{
+    if (anyNull(pSrc, pDst))     return kelErrNullPointer;
+    if (sizeBelow(size, 1, 1))   return kelErrSize;
+    if constexpr (isPlaneArray<Src>) if (anyNullPlane(pSrc)) return kelErrNullPointer;
+    if constexpr (isPlaneArray<Dst>) if (anyNullPlane(pDst)) return kelErrNullPointer;
+    return kelOk;
+}
+
+KelResult oddSizeWarning(KelImageSize size)
+{
+    return ((size.width | size.height) & 1) ? kelWarnOddSize : kelOk;
+}
+
+// Derived strides of the forms without strides.
+struct DerivedSteps {
+    int luma, chroma;
+};
+DerivedSteps steps422(int width) { return {width, width / 2 + (width & 1)}; }
+DerivedSteps steps420(int width) { return {width, width / 2}; }
+
+} // namespace
+
+extern "C" {
+
+KEL_API KelResult keliRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myRGBToYUV422_8u_C3C2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                                           KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myRGBToYUV422_8u_C3P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3],
+                                         const int dstSteps[3], KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myRGBToYUV422_8u_P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
+    if (asOneRow(imgSize)) {
+        myRGBToYUV422_8u_C3P3(pSrc, pDst, imgSize);
+        return kelOk;
+    }
+    const DerivedSteps s = steps422(imgSize.width);
+    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
+    myRGBToYUV422_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, dstSteps, imgSize.width, imgSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
+    if (asOneRow(imgSize)) {
+        myRGBToYUV422_8u_P3(pSrc, pDst, imgSize);
+        return kelOk;
+    }
+    const DerivedSteps s = steps422(imgSize.width);
+    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
+    myRGBToYUV422_8u_P3R(pSrc, imgSize.width, pDst, dstSteps, imgSize.width, imgSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV422ToRGB_8u_C2C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
+                                           KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV422ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst,
+                                            int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV422ToRGB_8u_P3AC4R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3],
+                                         int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV422ToRGB_8u_P3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
+    if (asOneRow(imgSize)) {
+        myYUV422ToRGB_8u_P3C3(pSrc, pDst, imgSize);
+        return kelOk;
+    }
+    const DerivedSteps s = steps422(imgSize.width);
+    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
+    myYUV422ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, 3 * imgSize.width, imgSize.width, imgSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
+    if (asOneRow(imgSize)) {
+        myYUV422ToRGB_8u_P3(pSrc, pDst, imgSize);
+        return kelOk;
+    }
+    const DerivedSteps s = steps422(imgSize.width);
+    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
+    myYUV422ToRGB_8u_P3R(pSrc, srcSteps, pDst, imgSize.width, imgSize.width, imgSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                                           KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myRGBToYUV420_8u_C3P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
+    return oddSizeWarning(roiSize);
+}
+
+KEL_API KelResult keliRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3],
+                                         const int dstSteps[3], KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myRGBToYUV420_8u_P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
+    return oddSizeWarning(roiSize);
+}
+
+KEL_API KelResult keliRGBToYUV420_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    const DerivedSteps s = steps420(imgSize.width);
+    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
+    return keliRGBToYUV420_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, dstSteps, imgSize);
+}
+
+KEL_API KelResult keliRGBToYUV420_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    const DerivedSteps s = steps420(imgSize.width);
+    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
+    return keliRGBToYUV420_8u_P3R(pSrc, imgSize.width, pDst, dstSteps, imgSize);
+}
+
+KEL_API KelResult keliYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
+                                           KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV420ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return oddSizeWarning(roiSize);
+}
+
+KEL_API KelResult keliYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst,
+                                            int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV420ToRGB_8u_P3AC4R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return oddSizeWarning(roiSize);
+}
+
+KEL_API KelResult keliYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3],
+                                         int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    myYUV420ToRGB_8u_P3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return oddSizeWarning(roiSize);
+}
+
+KEL_API KelResult keliYUV420ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize)
+{
+    const DerivedSteps s = steps420(imgSize.width);
+    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
+    return keliYUV420ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, 3 * imgSize.width, imgSize);
+}
+
+KEL_API KelResult keliYUV420ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
+{
+    const DerivedSteps s = steps420(imgSize.width);
+    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
+    return keliYUV420ToRGB_8u_P3R(pSrc, srcSteps, pDst, imgSize.width, imgSize);
+}
+
+// Tests and warns on the halved size: a 6 x 4 image is warned of, 5 x 4 is not.
+KEL_API KelResult keliYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
+                                           KelImageSize roiSize)
+{
+    if (anyNull(pSrc, pDst))                          return kelErrNullPointer;
+    const KelImageSize cells{roiSize.width / 2, roiSize.height / 2};
+    if (sizeBelow(cells, 1, 1))                       return kelErrSize;
+    if (anyNullPlane(pSrc))                           return kelErrNullPointer;
+    ownYUV420ToBGR_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
+    return oddSizeWarning(cells);
+}
+
+} // extern "C"
