@@ -308,6 +308,48 @@ KEL_API KelResult keliYUV420ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDs
 KEL_API KelResult keliYUV420ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize);
 KEL_API KelResult keliYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- RGB and BGR to sub-sampled YCbCr, YCrCb and CbYCr --------------------- */
+/* 4:2:2 pixel order (C2) or planes, 4:2:0 and 4:1:1 planes with an array of
+   three strides.  4:2:0 and 4:1:1 members warn of sizes that leave pixels out. */
+KEL_API KelResult keliRGBToYCbCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCrCb422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCbCr422_8u_P3C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCrCb422_8u_P3C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCbCr420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr422_8u_AC4P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr420_8u_AC4P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCrCb420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCrCb420_8u_AC4P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr411_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCbCr411_8u_AC4P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+
+/* ---- sub-sampled YCbCr, YCrCb and CbYCr back to RGB and BGR --------------- */
+/* Each member has its own coefficient set.  C4 destinations are B, G, R and
+   the given alpha. */
+KEL_API KelResult keliYCbCr422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR_8u_C2C4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliCbYCr422ToBGR_8u_C2C4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliYCbCr422ToRGB_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb422ToRGB_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToBGR_Filter_8u_P3C4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliYCbCr411ToBGR_8u_P3C4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliYCbCrToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR_8u_P3C4R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+
 #ifdef __cplusplus
 }
 #endif

@@ -36,31 +36,45 @@ struct ForwardYCbCr {
     }
 };
 
-// Studio-range YCbCr -> RGB.  The offset folds in Y - 16 (and, for the
-// rounding sets, the half 0x8000); sets differ in the last place of their
-// coefficients and so in the last bit of their results.
+// Studio-range YCbCr -> RGB, 16 fractional bits.  The sets differ in the
+// last places of their coefficients, in their rounding (an offset with or
+// without the half 0x8000) and in whether chroma is centred on 128 before the
+// products (chromaZero 128) or the centring is folded into the offsets
+// (chromaZero 0).  Each member takes exactly its own set.
 struct InverseYCbCr {
-    std::int32_t luma, crToR, cbToG, crToG, cbToB, offset;
+    std::int32_t luma, crToR, cbToG, crToG, cbToB;
+    std::int32_t offsetR, offsetG, offsetB;
+    std::int32_t chromaZero;
 };
 
-inline constexpr InverseYCbCr inverseT{76284, 104595, 25690, 53281, 132186, -1220544};  // truncates
-inline constexpr InverseYCbCr inverseR{76282, 104593, 25689, 53279, 132184, -1187744};  // rounds
+// T truncates; its offset is -16 x 76284.
+inline constexpr InverseYCbCr inverseT{76284, 104595, 25690, 53281, 132186, -1220544, -1220544, -1220544, 128};
+// U: T's coefficients with the rounding half in the offset.
+inline constexpr InverseYCbCr inverseU{76284, 104595, 25690, 53281, 132186, -1187776, -1187776, -1187776, 128};
+// R rounds, with coefficients one or two below T's.
+inline constexpr InverseYCbCr inverseR{76282, 104593, 25689, 53279, 132184, -1187744, -1187744, -1187744, 128};
+// H takes chroma uncentred; its offsets are not quite T's centring folded in.
+inline constexpr InverseYCbCr inverseH{76284, 104595, 25690, 53281, 132186, -14608761, 8887730, -18140365, 0};
+// Q: 76294 luma and 25625 for Cb in green.
+inline constexpr InverseYCbCr inverseQ{76294, 104595, 25625, 53281, 132186, -1220704, -1220704, -1220704, 128};
+// F: offset -16 x 76309.
+inline constexpr InverseYCbCr inverseF{76309, 104597, 25675, 53279, 132201, -1220944, -1220944, -1220944, 128};
 
 template <const InverseYCbCr& K>
 struct InverseRGB {
     static std::uint8_t r(std::int32_t y, std::int32_t cb, std::int32_t cr)
     {
         (void)cb;
-        return saturateByte((K.luma * y + K.crToR * (cr - 128) + K.offset) >> 16);
+        return saturateByte((K.luma * y + K.crToR * (cr - K.chromaZero) + K.offsetR) >> 16);
     }
     static std::uint8_t g(std::int32_t y, std::int32_t cb, std::int32_t cr)
     {
-        return saturateByte((K.luma * y - K.cbToG * (cb - 128) - K.crToG * (cr - 128) + K.offset) >> 16);
+        return saturateByte((K.luma * y - K.cbToG * (cb - K.chromaZero) - K.crToG * (cr - K.chromaZero) + K.offsetG) >> 16);
     }
     static std::uint8_t b(std::int32_t y, std::int32_t cb, std::int32_t cr)
     {
         (void)cr;
-        return saturateByte((K.luma * y + K.cbToB * (cb - 128) + K.offset) >> 16);
+        return saturateByte((K.luma * y + K.cbToB * (cb - K.chromaZero) + K.offsetB) >> 16);
     }
 };
 
