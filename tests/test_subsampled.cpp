@@ -319,7 +319,9 @@ TEST(ForwardCases, TheFilterLacksItsFirstLeftTap)
     }
     // The gamma member converts the same after its curve, and refuses a negative stride.
     EXPECT_EQ(kelErrStep, keliRGBToCbYCr422Gamma_8u_C3C2R(gray.data(), -18, out.data(), 12, {6, 1}));
-    EXPECT_EQ(kelOk, keliRGBToCbYCr422_8u_C3C2R(gray.data() + 18, -18, out.data(), 12, {6, 1}));
+    std::vector<Kel8u> twoRows(2 * 18, 90), outRows(2 * 12);
+    EXPECT_EQ(kelOk, keliRGBToCbYCr422_8u_C3C2R(twoRows.data() + 18, -18, outRows.data(), 12, {6, 2}));
+    EXPECT_EQ(128, outRows[12]);
 }
 
 TEST(ForwardCases, FourTwoZeroOfOnePixel)
