@@ -28,6 +28,7 @@ Frame::Frame(Layout layout, int width, int height) : layout(layout), width(width
     const int planes = layout.planes;
     step = width * layout.bytesPerPixel;
     step = (step + 63) / 64 * 64;  // rows start on cache lines, as a caller's would
+    stepArray = {step, step, step};
     std::mt19937 gen(42);
     for (int p = 0; p < planes; ++p) {
         storage.emplace_back(static_cast<std::size_t>(step) * static_cast<std::size_t>(height) + 64);

@@ -26,8 +26,12 @@ struct Frame {
     const Kel8u* const* inPlanes() const { return planePointers.data(); }
     Kel8u* const* outPlanes() { return planePointers.data(); }
 
+    // The frame's stride for each of three planes, as sub-sampled calls take it.
+    const int* steps() const { return stepArray.data(); }
+
     Layout layout;
     int width, height, step;
+    std::array<int, 3> stepArray{};
     std::vector<std::vector<Kel8u>> storage;
     std::array<Kel8u*, 4> planePointers{};
 };

@@ -4,13 +4,6 @@
 namespace {
 using namespace kb;
 
-int steps[3];
-const int* stepsOf(const Frame& f)
-{
-    steps[0] = steps[1] = steps[2] = f.step;
-    return steps;
-}
-
 const Registrar full("RGBToYUV_8u_C3R", kC3, kC3, [](const Frame& s, Frame& d, KelImageSize z) {
     return keliRGBToYUV_8u_C3R(s.in(), s.step, d.out(), d.step, z);
 });
@@ -24,10 +17,10 @@ const Registrar from422("YUV422ToRGB_8u_C2C3R", kC3, kC3, [](const Frame& s, Fra
     return keliYUV422ToRGB_8u_C2C3R(s.in(), s.step, d.out(), d.step, z);
 });
 const Registrar to420("RGBToYUV420_8u_C3P3R", kC3, kP3, [](const Frame& s, Frame& d, KelImageSize z) {
-    return keliRGBToYUV420_8u_C3P3R(s.in(), s.step, d.outPlanes(), stepsOf(d), z);
+    return keliRGBToYUV420_8u_C3P3R(s.in(), s.step, d.outPlanes(), d.steps(), z);
 });
 const Registrar from420("YUV420ToRGB_8u_P3C3R", kP3, kC3, [](const Frame& s, Frame& d, KelImageSize z) {
-    return keliYUV420ToRGB_8u_P3C3R(s.inPlanes(), stepsOf(s), d.out(), d.step, z);
+    return keliYUV420ToRGB_8u_P3C3R(s.inPlanes(), s.steps(), d.out(), d.step, z);
 });
 
 } // namespace

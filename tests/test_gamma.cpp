@@ -167,47 +167,29 @@ constexpr float kLow = -2.0f, kHigh = 6.0f;
 
 // One image of a member's layout: a single guarded buffer, or three planes.
 struct Image {
-    Image(const Member& m, int width, int height, Placement placement = Placement::Guarded)
+    Image(const Member& m, int width, int height, Placement placement = Placement::Guarded) : sampleBytes(m.sampleBytes)
     {
         const int perPixel = m.walk == Walk::C3 ? 3 : m.walk == Walk::AC4 ? 4 : 1;
         const std::size_t rowBytes = static_cast<std::size_t>(width) * perPixel * m.sampleBytes;
-        const int planes = m.walk == Walk::P3 ? 3 : 1;
-        for (int p = 0; p < planes; ++p) {
-            buffers.push_back(std::make_unique<GuardedImage>(rowBytes, height, placement, 4 * 5));
-            pointers[p] = buffers.back()->data();
-        }
-        sampleBytes = m.sampleBytes;
+        for (int p = 0; p < (m.walk == Walk::P3 ? 3 : 1); ++p) set.add(rowBytes, height, placement, 4 * 5);
     }
-    void* argument() { return buffers.size() == 3 ? static_cast<void*>(pointers.data()) : pointers[0]; }
-    int step() const { return buffers[0]->step(); }
+    void* argument() { return set.count() == 3 ? static_cast<void*>(set.pointers.data()) : set.pointers[0]; }
+    int step() const { return set.steps[0]; }
     void fill(std::uint32_t seed)
     {
-        for (auto& b : buffers) {
-            b->fillRandom(seed++);
-            if (sampleBytes == 4)  // floats spread over and a little beyond the range
-                for (int y = 0; y < b->height(); ++y)
-                    for (std::size_t x = 0; x < b->rowBytes() / 4; ++x)
-                        b->at<float>(static_cast<int>(x), y) = kLow - 1.0f + (kHigh - kLow + 2.0f) * (b->row(y)[4 * x] / 255.0f);
-        }
+        set.fill(seed);
+        if (sampleBytes != 4) return;
+        // Floats spread over the range and a little beyond it.
+        for (std::size_t p = 0; p < set.count(); ++p)
+            for (int y = 0; y < set[p].height(); ++y)
+                for (std::size_t x = 0; x < set[p].rowBytes() / 4; ++x)
+                    set[p].at<float>(static_cast<int>(x), y) =
+                        kLow - 1.0f + (kHigh - kLow + 2.0f) * (set.row(p, y)[4 * x] / 255.0f);
     }
-    std::vector<std::uint8_t> rows() const
-    {
-        std::vector<std::uint8_t> all;
-        for (const auto& b : buffers) {
-            auto r = b->rows();
-            all.insert(all.end(), r.begin(), r.end());
-        }
-        return all;
-    }
-    bool intact() const
-    {
-        for (const auto& b : buffers)
-            if (!b->fenceIntact()) return false;
-        return true;
-    }
-    std::vector<std::unique_ptr<GuardedImage>> buffers;
-    std::array<void*, 3> pointers{};
-    int sampleBytes = 1;
+    std::vector<std::uint8_t> rows() const { return set.rows(); }
+    bool intact() const { return set.intact(); }
+    GuardedSet set;
+    int sampleBytes;
 };
 
 class GammaMember : public ::testing::TestWithParam<Member> {
@@ -216,7 +198,7 @@ protected:
                        int nullPlane = -1, int srcStep = 0, int dstStep = 0, float low = kLow, float high = kHigh)
     {
         const Member& m = GetParam();
-        if (nullPlane >= 0) (m.inPlace ? dst : src).pointers[nullPlane] = nullptr;
+        if (nullPlane >= 0) (m.inPlace ? dst : src).set.pointers[nullPlane] = nullptr;
         void* s = nullSrc ? nullptr : src.argument();
         void* d = nullDst ? nullptr : dst.argument();
         if (m.inPlace && nullSrc) d = nullptr;

@@ -313,44 +313,19 @@ bool isPlanar(Side s) { return s == Side::P3 || s == Side::P4; }
 struct SideImage {
     SideImage(Side side, int width, int height, Placement placement = Placement::Guarded) : side(side)
     {
-        if (isPlanar(side)) {
-            for (int p = 0; p < channels(side); ++p) {
-                buffers.push_back(std::make_unique<GuardedImage>(width, height, placement, 5));
-                planes[p] = buffers.back()->data();
-            }
-        } else {
-            buffers.push_back(std::make_unique<GuardedImage>(static_cast<std::size_t>(width) * channels(side), height,
-                                                             placement, 5));
-        }
+        if (isPlanar(side))
+            for (int p = 0; p < channels(side); ++p) set.add(width, height, placement);
+        else
+            set.add(static_cast<std::size_t>(width) * channels(side), height, placement);
     }
-    void* argument() { return isPlanar(side) ? static_cast<void*>(planes.data()) : buffers[0]->data(); }
-    int step() const { return buffers[0]->step(); }
-    Kel8u& at(int x, int y, int c)
-    {
-        return isPlanar(side) ? buffers[c]->row(y)[x] : buffers[0]->row(y)[x * channels(side) + c];
-    }
-    void fill(std::uint32_t seed)
-    {
-        for (auto& b : buffers) b->fillRandom(seed++);
-    }
-    bool intact() const
-    {
-        for (const auto& b : buffers)
-            if (!b->fenceIntact()) return false;
-        return true;
-    }
-    std::vector<std::uint8_t> rows() const
-    {
-        std::vector<std::uint8_t> all;
-        for (const auto& b : buffers) {
-            auto r = b->rows();
-            all.insert(all.end(), r.begin(), r.end());
-        }
-        return all;
-    }
+    void* argument() { return isPlanar(side) ? static_cast<void*>(set.pointers.data()) : set.pointers[0]; }
+    int step() const { return set.steps[0]; }
+    Kel8u& at(int x, int y, int c) { return isPlanar(side) ? set.row(c, y)[x] : set.row(0, y)[x * channels(side) + c]; }
+    void fill(std::uint32_t seed) { set.fill(seed); }
+    bool intact() const { return set.intact(); }
+    std::vector<std::uint8_t> rows() const { return set.rows(); }
     Side side;
-    std::vector<std::unique_ptr<GuardedImage>> buffers;
-    std::array<Kel8u*, 4> planes{};
+    GuardedSet set;
 };
 
 class PlaneFamily : public ::testing::TestWithParam<PlaneMember> {
@@ -361,8 +336,8 @@ protected:
         const PlaneMember& m = GetParam();
         SideImage src(m.src, 3, 2), dst(m.dst, 3, 2);
         dst.fill(1);
-        if (nullSrcPlane >= 0) src.planes[nullSrcPlane] = nullptr;
-        if (nullDstPlane >= 0) dst.planes[nullDstPlane] = nullptr;
+        if (nullSrcPlane >= 0) src.set.pointers[nullSrcPlane] = nullptr;
+        if (nullDstPlane >= 0) dst.set.pointers[nullDstPlane] = nullptr;
         const auto before = dst.rows();
         EXPECT_EQ(expected, m.call(nullSrc ? nullptr : src.argument(), srcStep, nullDst ? nullptr : dst.argument(),
                                    dstStep, size));

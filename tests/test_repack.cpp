@@ -44,68 +44,43 @@ public:
                 add(cw, ch, placement);
             }
         }
-        for (std::size_t p = 0; p < buffers_.size(); ++p) {
-            planes_[p] = buffers_[p]->data();
-            steps_[p] = buffers_[p]->step();
-        }
     }
-    void fill(std::uint32_t seed)
-    {
-        for (auto& b : buffers_) b->fillRandom(seed++);
-    }
-    std::vector<std::uint8_t> rows() const
-    {
-        std::vector<std::uint8_t> all;
-        for (const auto& b : buffers_) {
-            auto r = b->rows();
-            all.insert(all.end(), r.begin(), r.end());
-        }
-        return all;
-    }
-    bool intact() const
-    {
-        for (const auto& b : buffers_)
-            if (!b->fenceIntact()) return false;
-        return true;
-    }
+    void fill(std::uint32_t seed) { set_.fill(seed); }
+    std::vector<std::uint8_t> rows() const { return set_.rows(); }
+    bool intact() const { return set_.intact(); }
     Kel8u& luma(int x, int y)
     {
-        if (!pixelOrder(form_)) return buffers_[0]->row(y)[x];
-        return buffers_[0]->row(y)[2 * x + (form_ == Form::C2CbYCr ? 1 : 0)];
+        if (!pixelOrder(form_)) return set_.row(0, y)[x];
+        return set_.row(0, y)[2 * x + (form_ == Form::C2CbYCr ? 1 : 0)];
     }
     // Component c (0 Cb, 1 Cr), sample k of chroma row j.
     Kel8u& chroma(int c, int j, int k)
     {
         switch (form_) {
-        case Form::P3: return buffers_[1 + c]->row(j)[k];
-        case Form::P3CrCb: return buffers_[2 - c]->row(j)[k];
-        case Form::P2: return buffers_[1]->row(j)[2 * k + c];
-        case Form::C2YCbCr: return buffers_[0]->row(j)[4 * k + (c == 0 ? 1 : 3)];
-        case Form::C2CbYCr: return buffers_[0]->row(j)[4 * k + (c == 0 ? 0 : 2)];
-        case Form::C2YCrCb: return buffers_[0]->row(j)[4 * k + (c == 0 ? 3 : 1)];
+        case Form::P3: return set_.row(1 + c, j)[k];
+        case Form::P3CrCb: return set_.row(2 - c, j)[k];
+        case Form::P2: return set_.row(1, j)[2 * k + c];
+        case Form::C2YCbCr: return set_.row(0, j)[4 * k + (c == 0 ? 1 : 3)];
+        case Form::C2CbYCr: return set_.row(0, j)[4 * k + (c == 0 ? 0 : 2)];
+        case Form::C2YCrCb: return set_.row(0, j)[4 * k + (c == 0 ? 3 : 1)];
         }
-        return buffers_[0]->row(0)[0];
+        return set_.row(0, 0)[0];
     }
 
     // Call arguments.
-    Kel8u* const* planes() { return planes_.data(); }
-    const Kel8u* const* constPlanes() { return reinterpret_cast<const Kel8u* const*>(planes_.data()); }
-    const int* steps() const { return steps_.data(); }
-    Kel8u* ptr() { return planes_[0]; }
-    int step() const { return steps_[0]; }
-    Kel8u* cbcr() { return planes_[1]; }
-    int cbcrStep() const { return steps_[1]; }
-    std::array<Kel8u*, 3>& planeArray() { return planes_; }
+    Kel8u* const* planes() { return set_.out(); }
+    const Kel8u* const* constPlanes() { return set_.in(); }
+    const int* steps() const { return set_.steps.data(); }
+    Kel8u* ptr() { return set_.pointers[0]; }
+    int step() const { return set_.steps[0]; }
+    Kel8u* cbcr() { return set_.pointers[1]; }
+    int cbcrStep() const { return set_.steps[1]; }
+    std::array<Kel8u*, 4>& planeArray() { return set_.pointers; }
 
 private:
-    void add(std::size_t rowBytes, int rows, Placement placement)
-    {
-        buffers_.push_back(std::make_unique<GuardedImage>(rowBytes ? rowBytes : 1, rows > 0 ? rows : 1, placement, 7));
-    }
+    void add(std::size_t rowBytes, int rows, Placement placement) { set_.add(rowBytes, rows, placement, 7); }
     Form form_;
-    std::vector<std::unique_ptr<GuardedImage>> buffers_;
-    std::array<Kel8u*, 3> planes_{};
-    std::array<int, 3> steps_{};
+    GuardedSet set_;
 };
 
 struct Sizing {

@@ -20,40 +20,7 @@ namespace {
 int floorShift(long long v, int s) { return static_cast<int>(v >= 0 ? v >> s : -((-v + (1LL << s) - 1) >> s)); }
 int clampByte(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
 
-// A set of guarded planes (or one pixel-order buffer) with row access.
-struct Buffers {
-    std::vector<std::unique_ptr<GuardedImage>> planes;
-    std::array<Kel8u*, 3> pointers{};
-    std::array<int, 3> steps{};
-    void add(int rowBytes, int rows, Placement placement)
-    {
-        planes.push_back(std::make_unique<GuardedImage>(rowBytes > 0 ? rowBytes : 1, rows > 0 ? rows : 1, placement, 5));
-        pointers[planes.size() - 1] = planes.back()->data();
-        steps[planes.size() - 1] = planes.back()->step();
-    }
-    Kel8u* row(int p, int y) { return planes[p]->row(y); }
-    void fill(std::uint32_t seed)
-    {
-        for (auto& b : planes) b->fillRandom(seed++);
-    }
-    std::vector<std::uint8_t> rows() const
-    {
-        std::vector<std::uint8_t> all;
-        for (const auto& b : planes) {
-            auto r = b->rows();
-            all.insert(all.end(), r.begin(), r.end());
-        }
-        return all;
-    }
-    bool intact() const
-    {
-        for (const auto& b : planes)
-            if (!b->fenceIntact()) return false;
-        return true;
-    }
-    const Kel8u* const* in() const { return reinterpret_cast<const Kel8u* const*>(pointers.data()); }
-    Kel8u* const* out() { return pointers.data(); }
-};
+using Buffers = GuardedSet;
 
 // ================= forward: RGB and BGR to sub-sampled YCbCr =================
 
@@ -264,7 +231,7 @@ TEST_P(Forward, ArgumentTestsInTheFamilysOrder)
     const auto before = dst.rows();
     const KelImageSize small{m.minWidth - 1, m.minHeight};
     // A null pixel-order pointer beats everything.
-    Buffers& pixelSide = src.planes.size() == 1 ? src : dst;
+    Buffers& pixelSide = src.count() == 1 ? src : dst;
     Kel8u* saved = pixelSide.pointers[0];
     pixelSide.pointers[0] = nullptr;
     EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {0, 0}));
@@ -272,7 +239,7 @@ TEST_P(Forward, ArgumentTestsInTheFamilysOrder)
     EXPECT_EQ(kelErrSize, m.call(src, dst, small));
     EXPECT_EQ(kelErrSize, m.call(src, dst, {8, m.minHeight - 1}));
     // A null plane with a bad size: the plane first in the BGR planar members.
-    const bool planarTarget = dst.planes.size() == 3, planarSource = src.planes.size() == 3;
+    const bool planarTarget = dst.count() == 3, planarSource = src.count() == 3;
     if (planarTarget || planarSource) {
         Buffers& withPlanes = planarTarget ? dst : src;
         saved = withPlanes.pointers[2];
@@ -542,7 +509,7 @@ TEST_P(Inverse, ArgumentTestsInTheFamilysOrder)
     dst.fill(2);
     const auto before = dst.rows();
     // A null pixel-order pointer beats everything.
-    Buffers& pixelSide = dst.planes.size() == 1 ? dst : src;
+    Buffers& pixelSide = dst.count() == 1 ? dst : src;
     Kel8u* saved = pixelSide.pointers[0];
     pixelSide.pointers[0] = nullptr;
     EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {0, 0}, 0));
@@ -550,7 +517,7 @@ TEST_P(Inverse, ArgumentTestsInTheFamilysOrder)
     EXPECT_EQ(kelErrSize, m.call(src, dst, {m.minWidth - 1, 4}, 0));
     EXPECT_EQ(kelErrSize, m.call(src, dst, {8, 0}, 0));
     for (Buffers* side : {&src, &dst}) {
-        if (side->planes.size() != 3) continue;
+        if (side->count() != 3) continue;
         saved = side->pointers[1];
         side->pointers[1] = nullptr;
         EXPECT_EQ(m.planesBeforeSize ? kelErrNullPointer : kelErrSize, m.call(src, dst, {0, 4}, 0));

@@ -113,7 +113,7 @@ bool planarKind(Kind k) { return k == Kind::RGB_P3 || k == Kind::YUV_P3 || k == 
 // Guarded buffers for one image of a kind, with pixel accessors.
 class Image {
 public:
-    Image(Kind kind, int width, int height, Placement placement = Placement::Guarded) : kind_(kind), width_(width)
+    Image(Kind kind, int width, int height, Placement placement = Placement::Guarded) : kind_(kind)
     {
         const int w = width, h = height;
         switch (kind) {
@@ -124,62 +124,36 @@ public:
         case Kind::YUV422_P3: add(w, h, placement); add((w + 1) / 2, h, placement); add((w + 1) / 2, h, placement); break;
         case Kind::YUV420_P3: add(w, h, placement); add(w / 2 + 1, h / 2 + 1, placement); add(w / 2 + 1, h / 2 + 1, placement); break;
         }
-        for (std::size_t p = 0; p < buffers_.size(); ++p) {
-            planes_[p] = buffers_[p]->data();
-            steps_[p] = buffers_[p]->step();
-        }
     }
     // Channel c of pixel (x, y); for YUV kinds c is Y, U, V, shared by the cell.
     Kel8u& at(int x, int y, int c)
     {
         switch (kind_) {
-        case Kind::RGB_C3: case Kind::YUV_C3: return buffers_[0]->row(y)[3 * x + c];
-        case Kind::BGR_C3: return buffers_[0]->row(y)[3 * x + 2 - c];
-        case Kind::RGB_AC4: case Kind::YUV_AC4: return buffers_[0]->row(y)[4 * x + c];
-        case Kind::RGB_P3: case Kind::YUV_P3: return buffers_[c]->row(y)[x];
-        case Kind::YUV422_P3: return c == 0 ? buffers_[0]->row(y)[x] : buffers_[c]->row(y)[x / 2];
-        case Kind::YUV420_P3: return c == 0 ? buffers_[0]->row(y)[x] : buffers_[c]->row(y / 2)[x / 2];
-        case Kind::YUV422_C2: return buffers_[0]->row(y)[c == 0 ? 2 * x : 4 * (x / 2) + (c == 1 ? 1 : 3)];
+        case Kind::RGB_C3: case Kind::YUV_C3: return set_.row(0, y)[3 * x + c];
+        case Kind::BGR_C3: return set_.row(0, y)[3 * x + 2 - c];
+        case Kind::RGB_AC4: case Kind::YUV_AC4: return set_.row(0, y)[4 * x + c];
+        case Kind::RGB_P3: case Kind::YUV_P3: return set_.row(c, y)[x];
+        case Kind::YUV422_P3: return c == 0 ? set_.row(0, y)[x] : set_.row(c, y)[x / 2];
+        case Kind::YUV420_P3: return c == 0 ? set_.row(0, y)[x] : set_.row(c, y / 2)[x / 2];
+        case Kind::YUV422_C2: return set_.row(0, y)[c == 0 ? 2 * x : 4 * (x / 2) + (c == 1 ? 1 : 3)];
         }
-        return buffers_[0]->row(0)[0];
+        return set_.row(0, 0)[0];
     }
-    Kel8u& alpha(int x, int y) { return buffers_[0]->row(y)[4 * x + 3]; }
-    void fill(std::uint32_t seed)
-    {
-        for (auto& b : buffers_) b->fillRandom(seed++);
-    }
-    std::vector<std::uint8_t> rows() const
-    {
-        std::vector<std::uint8_t> all;
-        for (const auto& b : buffers_) {
-            auto r = b->rows();
-            all.insert(all.end(), r.begin(), r.end());
-        }
-        return all;
-    }
-    bool intact() const
-    {
-        for (const auto& b : buffers_)
-            if (!b->fenceIntact()) return false;
-        return true;
-    }
-    Kel8u* ptr() { return planes_[0]; }
-    int step() const { return steps_[0]; }
-    const Kel8u* const* in() { return reinterpret_cast<const Kel8u* const*>(planes_.data()); }
-    Kel8u* const* out() { return planes_.data(); }
-    const int* steps() const { return steps_.data(); }
-    std::array<Kel8u*, 3>& planeArray() { return planes_; }
+    Kel8u& alpha(int x, int y) { return set_.row(0, y)[4 * x + 3]; }
+    void fill(std::uint32_t seed) { set_.fill(seed); }
+    std::vector<std::uint8_t> rows() const { return set_.rows(); }
+    bool intact() const { return set_.intact(); }
+    Kel8u* ptr() { return set_.pointers[0]; }
+    int step() const { return set_.steps[0]; }
+    const Kel8u* const* in() { return set_.in(); }
+    Kel8u* const* out() { return set_.out(); }
+    const int* steps() const { return set_.steps.data(); }
+    std::array<Kel8u*, 4>& planeArray() { return set_.pointers; }
 
 private:
-    void add(int rowBytes, int rows, Placement placement)
-    {
-        buffers_.push_back(std::make_unique<GuardedImage>(rowBytes > 0 ? rowBytes : 1, rows > 0 ? rows : 1, placement, 3));
-    }
+    void add(int rowBytes, int rows, Placement placement) { set_.add(rowBytes, rows, placement, 3); }
     Kind kind_;
-    int width_;
-    std::vector<std::unique_ptr<GuardedImage>> buffers_;
-    std::array<Kel8u*, 3> planes_{};
-    std::array<int, 3> steps_{};
+    GuardedSet set_;
 };
 
 enum class Model { Full, Sub422, Sub420 };

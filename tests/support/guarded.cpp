@@ -137,6 +137,37 @@ std::vector<std::uint8_t> GuardedPlanes::rows() const
     return out;
 }
 
+GuardedImage& GuardedSet::add(std::size_t rowBytes, int rows, Placement placement, std::size_t padding)
+{
+    if (buffers_.size() == pointers.size()) throw std::logic_error("too many buffers");
+    buffers_.push_back(std::make_unique<GuardedImage>(rowBytes > 0 ? rowBytes : 1, rows > 0 ? rows : 1, placement, padding));
+    pointers[buffers_.size() - 1] = buffers_.back()->data();
+    steps[buffers_.size() - 1] = buffers_.back()->step();
+    return *buffers_.back();
+}
+
+void GuardedSet::fill(std::uint32_t seed)
+{
+    for (auto& b : buffers_) b->fillRandom(seed++);
+}
+
+std::vector<std::uint8_t> GuardedSet::rows() const
+{
+    std::vector<std::uint8_t> all;
+    for (const auto& b : buffers_) {
+        const auto r = b->rows();
+        all.insert(all.end(), r.begin(), r.end());
+    }
+    return all;
+}
+
+bool GuardedSet::intact() const
+{
+    for (const auto& b : buffers_)
+        if (!b->fenceIntact()) return false;
+    return true;
+}
+
 ThreadCount::ThreadCount(int n) : saved_(threads_omp_of_n_kel) { threads_omp_of_n_kel = n; }
 ThreadCount::~ThreadCount() { threads_omp_of_n_kel = saved_; }
 

@@ -4,6 +4,7 @@
 // page so that a read or write past its last row faults.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -83,6 +84,30 @@ private:
     std::vector<std::unique_ptr<GuardedImage>> planes_;
     Kel8u* ptrs_[3];
     const Kel8u* cptrs_[3];
+};
+
+// Any number of guarded buffers making up one image (planes, or a single
+// pixel-order buffer), with the pointer and stride arrays a call takes.
+class GuardedSet {
+public:
+    // Adds a buffer of `rowBytes` x `rows` (both at least 1).
+    GuardedImage& add(std::size_t rowBytes, int rows, Placement placement = Placement::Guarded,
+                      std::size_t padding = 5);
+    std::size_t count() const { return buffers_.size(); }
+    GuardedImage& operator[](std::size_t i) { return *buffers_[i]; }
+    std::uint8_t* row(std::size_t i, int y) { return buffers_[i]->row(y); }
+    void fill(std::uint32_t seed);
+    std::vector<std::uint8_t> rows() const;  // all buffers' rows, in order
+    bool intact() const;                     // every guard and padding byte unchanged
+
+    // What calls take; tests may overwrite entries (a null plane, a stride).
+    std::array<std::uint8_t*, 4> pointers{};
+    std::array<int, 4> steps{};
+    const Kel8u* const* in() const { return reinterpret_cast<const Kel8u* const*>(pointers.data()); }
+    Kel8u* const* out() { return pointers.data(); }
+
+private:
+    std::vector<std::unique_ptr<GuardedImage>> buffers_;
 };
 
 // Sets threads_omp_of_n_kel for one scope and puts the old value back.
