@@ -60,6 +60,20 @@ inline constexpr InverseYCbCr inverseQ{76294, 104595, 25625, 53281, 132186, -122
 // F: offset -16 x 76309.
 inline constexpr InverseYCbCr inverseF{76309, 104597, 25675, 53279, 132201, -1220944, -1220944, -1220944, 128};
 
+// The chroma part of the three sums, shared by every pixel of a cell.  The
+// sums are far inside 32 bits, so adding the luma term to it later gives the
+// same value as the sum written in one piece.
+struct ChromaTerms {
+    std::int32_t r, g, b;
+};
+
+template <const InverseYCbCr& K>
+inline ChromaTerms chromaTerms(std::int32_t cb, std::int32_t cr)
+{
+    const std::int32_t dcb = cb - K.chromaZero, dcr = cr - K.chromaZero;
+    return {K.crToR * dcr + K.offsetR, -K.cbToG * dcb - K.crToG * dcr + K.offsetG, K.cbToB * dcb + K.offsetB};
+}
+
 template <const InverseYCbCr& K>
 struct InverseRGB {
     static std::uint8_t r(std::int32_t y, std::int32_t cb, std::int32_t cr)

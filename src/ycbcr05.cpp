@@ -14,13 +14,18 @@ namespace {
 
 // ---- destinations ----------------------------------------------------------------------------
 
+// One pixel from its luma and its cell's chroma terms.
 template <const InverseYCbCr& K>
 struct Pixel {
     Kel8u r, g, b;
-    Pixel(std::int32_t y, std::int32_t cb, std::int32_t cr)
-        : r(InverseRGB<K>::r(y, cb, cr)), g(InverseRGB<K>::g(y, cb, cr)), b(InverseRGB<K>::b(y, cb, cr))
+    Pixel(std::int32_t y, const ChromaTerms& c)
     {
+        const std::int32_t luma = K.luma * y;
+        r = saturateByte((luma + c.r) >> 16);
+        g = saturateByte((luma + c.g) >> 16);
+        b = saturateByte((luma + c.b) >> 16);
     }
+    Pixel(std::int32_t y, std::int32_t cb, std::int32_t cr) : Pixel(y, chromaTerms<K>(cb, cr)) {}
 };
 
 struct RGBRow {
@@ -66,9 +71,9 @@ void pairsFromPixelOrder(const Kel8u* src, Row dst, int width)
     const int pairs = width / 2;
     for (int k = 0; k < pairs; ++k) {
         const Kel8u* pair = src + 4 * k;
-        const std::int32_t cb = pair[L.cb], cr = pair[L.cr];
-        dst.put(2 * k, Pixel<K>(pair[L.y0], cb, cr));
-        dst.put(2 * k + 1, Pixel<K>(pair[L.y1], cb, cr));
+        const ChromaTerms c = chromaTerms<K>(pair[L.cb], pair[L.cr]);
+        dst.put(2 * k, Pixel<K>(pair[L.y0], c));
+        dst.put(2 * k + 1, Pixel<K>(pair[L.y1], c));
     }
     if (width & 1) {
         const Kel8u* slot = src + 4 * pairs;
@@ -84,11 +89,13 @@ void pairsFromPixelOrder(const Kel8u* src, Row dst, int width)
 template <const InverseYCbCr& K, typename Row>
 void cells420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Row top, Row bottom, int width)
 {
-    for (int k = 0; k < width / 2; ++k)
+    for (int k = 0; k < width / 2; ++k) {
+        const ChromaTerms c = chromaTerms<K>(cb[k], cr[k]);
         for (int x = 2 * k; x < 2 * k + 2; ++x) {
-            top.put(x, Pixel<K>(yTop[x], cb[k], cr[k]));
-            bottom.put(x, Pixel<K>(yBottom[x], cb[k], cr[k]));
+            top.put(x, Pixel<K>(yTop[x], c));
+            bottom.put(x, Pixel<K>(yBottom[x], c));
         }
+    }
 }
 
 // The even pixel of a cell takes the cell's chroma; the odd pixel the mean
@@ -103,10 +110,11 @@ void filteredCells420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, 
         const std::int32_t cbOdd = last ? cb[k] : (cb[k] + cb[k + 1] + 1) >> 1;
         const std::int32_t crOdd = last ? cr[k] : (cr[k] + cr[k + 1] + 1) >> 1;
         const int e = 2 * k, o = e + 1;
-        top.put(e, Pixel<inverseF>(yTop[e], cb[k], cr[k]));
-        bottom.put(e, Pixel<inverseF>(yBottom[e], cb[k], cr[k]));
-        top.put(o, Pixel<inverseF>(yTop[o], cbOdd, crOdd));
-        bottom.put(o, Pixel<inverseF>(yBottom[o], cbOdd, crOdd));
+        const ChromaTerms even = chromaTerms<inverseF>(cb[k], cr[k]), odd = chromaTerms<inverseF>(cbOdd, crOdd);
+        top.put(e, Pixel<inverseF>(yTop[e], even));
+        bottom.put(e, Pixel<inverseF>(yBottom[e], even));
+        top.put(o, Pixel<inverseF>(yTop[o], odd));
+        bottom.put(o, Pixel<inverseF>(yBottom[o], odd));
     }
 }
 
