@@ -93,7 +93,29 @@ constexpr int firstSourceRow(int j)
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
 {
-    for (int y = 0; y < height; ++y) {
+    if constexpr (isPixelOrder(DF)) {
+        // Pixel-order destinations are 4:2:2: every row gets its own chroma
+        // row, and a pair's four bytes are written together.
+        static_assert(R == Rule::Same || R == Rule::ColumnsDoubled);
+        constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
+        for (int y = 0; y < height; ++y) {
+            const Kel8u* sy = rowAt(src.luma, src.lumaStep, y);
+            const Kel8u* scb = rowAt(src.chroma[0], src.chromaStep[0], y);
+            const Kel8u* scr = rowAt(src.chroma[1], src.chromaStep[1], y);
+            Kel8u* dy = rowAt(dst.luma, dst.lumaStep, y);
+            Kel8u* dcb = rowAt(dst.chroma[0], dst.chromaStep[0], y);
+            Kel8u* dcr = rowAt(dst.chroma[1], dst.chromaStep[1], y);
+            for (int k = 0; k < width / 2; ++k) {
+                const int from = R == Rule::ColumnsDoubled ? k / 2 : k;
+                dy[4 * k] = sy[2 * k * sl];
+                dy[4 * k + 2] = sy[(2 * k + 1) * sl];
+                dcb[4 * k] = scb[from * sc];
+                dcr[4 * k] = scr[from * sc];
+            }
+        }
+        return;
+    }
+    const auto lumaRow = [&](int y) {
         const Kel8u* s = rowAt(src.luma, src.lumaStep, y);
         Kel8u* d = rowAt(dst.luma, dst.lumaStep, y);
         if constexpr (lumaPitch(SF) == 1 && lumaPitch(DF) == 1) {
@@ -101,9 +123,14 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         } else {
             for (int x = 0; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
         }
-    }
+    };
+    // Each destination chroma row goes right after the luma rows it belongs
+    // to, while they are still in cache; the effective height always holds
+    // whole chroma rows.
     const int samples = chromaWidth(DS, width), rows = chromaHeight(DS, height);
-    for (int j = 0; j < rows; ++j)
+    const int lumaRowsPerChromaRow = DS == Scheme::S420 ? 2 : 1;
+    for (int j = 0; j < rows; ++j) {
+        for (int y = j * lumaRowsPerChromaRow; y < (j + 1) * lumaRowsPerChromaRow; ++y) lumaRow(y);
         for (int c = 0; c < 2; ++c) {
             const int first = firstSourceRow<R>(j);
             const Kel8u* srcRows[2] = {rowAt(src.chroma[c], src.chromaStep[c], first), nullptr};
@@ -111,6 +138,7 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, rowAt(dst.chroma[c], dst.chromaStep[c], j),
                                                            samples);
         }
+    }
 }
 
 // ---- argument tests ---------------------------------------------------------------------
