@@ -157,23 +157,44 @@ void labToXYZToBGR(Ext P, Ext Q, Ext W, Ext rounding, Kel8u* out)
 
 } // namespace
 
+// Up to three pow calls a pixel: a pixel equal to the one before it (flat
+// areas) takes that pixel's codes again, which are the same by construction.
+// The previous colour is kept aside, so a conversion in place works too.
 void innerBGRToLab_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
+    int previous = -1;  // no 24-bit colour equals it
+    Kel8u L = 0, a = 0, b = 0;
     for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
-        dst[0] = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
-        dst[1] = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
-        dst[2] = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
+        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
+        if (colour != previous) {
+            const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
+            L = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
+            a = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
+            b = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
+            previous = colour;
+        }
+        dst[0] = L;
+        dst[1] = a;
+        dst[2] = b;
     }
 }
 
 void innerBGRToLab_8u16u_C3R(const Kel8u* src, Kel16u* dst, int width)
 {
+    int previous = -1;
+    Kel16u L = 0, a = 0, b = 0;
     for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
-        dst[0] = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
-        dst[1] = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
-        dst[2] = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
+        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
+        if (colour != previous) {
+            const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
+            L = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
+            a = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
+            b = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
+            previous = colour;
+        }
+        dst[0] = L;
+        dst[1] = a;
+        dst[2] = b;
     }
 }
 

@@ -133,6 +133,31 @@ TEST(LabValues, BGRInputsRoundTripWithinTheCodingStep)
     EXPECT_LE(worst, 12);
 }
 
+// Runs of equal pixels (flat areas) and conversions in place give the codes
+// each pixel gets on its own.
+TEST(LabValues, RunsOfEqualPixelsAndInPlaceConversion)
+{
+    const Kel8u colours[][3] = {{10, 200, 30}, {10, 200, 30}, {10, 200, 30}, {0, 0, 0}, {0, 0, 0}, {128, 128, 129}, {10, 200, 30}};
+    const int width = 7;
+    std::vector<Kel8u> image(3 * width), lab(3 * width);
+    for (int x = 0; x < width; ++x)
+        for (int c = 0; c < 3; ++c) image[3 * x + c] = colours[x][c];
+    ASSERT_EQ(kelOk, keliBGRToLab_8u_C3R(image.data(), 3 * width, lab.data(), 3 * width, {width, 1}));
+    for (int x = 0; x < width; ++x) {
+        const Bytes3 alone = toLab8({colours[x][0], colours[x][1], colours[x][2]});
+        EXPECT_EQ(alone, (Bytes3{lab[3 * x], lab[3 * x + 1], lab[3 * x + 2]})) << x;
+    }
+    // In place: a pixel's codes land where the next pixel's colour is compared.
+    std::vector<Kel8u> inPlace = image;
+    ASSERT_EQ(kelOk, keliBGRToLab_8u_C3R(inPlace.data(), 3 * width, inPlace.data(), 3 * width, {width, 1}));
+    EXPECT_EQ(lab, inPlace);
+    std::vector<Kel16u> lab16(3 * width);
+    ASSERT_EQ(kelOk, keliBGRToLab_8u16u_C3R(image.data(), 3 * width, lab16.data(), 6 * width, {width, 1}));
+    for (int x = 0; x < width; ++x)
+        EXPECT_EQ(toLab16({colours[x][0], colours[x][1], colours[x][2]}),
+                  (Words3{lab16[3 * x], lab16[3 * x + 1], lab16[3 * x + 2]})) << x;
+}
+
 // ---- the four members through one table ------------------------------------
 
 struct Member {
