@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <bit>
 #include <cstring>
 #include <functional>
 #include <random>
@@ -138,6 +139,32 @@ TEST(HueValues, RoundTripsStayClose)
             ASSERT_NEAR(rgb[c], viaHLS[c], 4) << i;
             ASSERT_NEAR(rgb[c], viaHSV[c], 4) << i;
         }
+    }
+}
+
+// Runs of equal pixels and conversions in place give what each pixel gets
+// on its own.
+TEST(HueValues, RunsOfEqualPixelsAndInPlaceConversion)
+{
+    const std::vector<Kel8u> row{200, 10, 30, 200, 10, 30, 200, 10, 30, 5, 5, 5, 5, 5, 5, 200, 10, 30};
+    for (auto convert : {keliRGBToHSV_8u_C3R, keliHSVToRGB_8u_C3R, keliRGBToHLS_8u_C3R, keliHLSToRGB_8u_C3R}) {
+        std::vector<Kel8u> out(row.size()), inPlace = row;
+        ASSERT_EQ(kelOk, convert(row.data(), 18, out.data(), 18, {6, 1}));
+        ASSERT_EQ(kelOk, convert(inPlace.data(), 18, inPlace.data(), 18, {6, 1}));
+        EXPECT_EQ(out, inPlace);
+        for (int x = 0; x < 6; ++x) {
+            const B3 alone = one(convert, {row[3 * x], row[3 * x + 1], row[3 * x + 2]});
+            EXPECT_EQ(alone, (B3{out[3 * x], out[3 * x + 1], out[3 * x + 2]})) << x;
+        }
+    }
+    // Floats repeat by their bits: a zero of the other sign is a new colour.
+    using F3 = std::array<Kel32f, 3>;
+    std::vector<Kel32f> floats{0.0f, 0.5f, 1.0f, -0.0f, 0.5f, 1.0f, 0.0f, 0.5f, 1.0f};
+    std::vector<Kel32f> hls(9);
+    ASSERT_EQ(kelOk, keliRGBToHLS_32f_C3R(floats.data(), 36, hls.data(), 36, {3, 1}));
+    for (int x = 0; x < 3; ++x) {
+        const F3 alone = one(keliRGBToHLS_32f_C3R, {floats[3 * x], floats[3 * x + 1], floats[3 * x + 2]});
+        for (int c = 0; c < 3; ++c) EXPECT_EQ(std::bit_cast<std::uint32_t>(alone[c]), std::bit_cast<std::uint32_t>(hls[3 * x + c]));
     }
 }
 
