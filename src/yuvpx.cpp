@@ -70,23 +70,35 @@ void forward422(Channels<const Kel8u> rgb, Channels<Kel8u> yuv, int width)
 }
 
 // A 4:2:0 row pair: width / 2 cells of 2 x 2; an odd last column is skipped.
+// The cells go in blocks: the samples of both rows are gathered into plain
+// arrays, then luma and the cells' chroma come from them in loops the
+// compiler vectorises.
 template <int RgbPitch>
 void forward420(Channels<const Kel8u> top, Channels<const Kel8u> bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
                 Kel8u* v, int width)
 {
-    for (int k = 0; k < width / 2; ++k) {
-        const int p0 = 2 * k * RgbPitch, p1 = p0 + RgbPitch;
-        const std::int32_t s00 = lumaSum(top.c[0][p0], top.c[1][p0], top.c[2][p0]);
-        const std::int32_t s01 = lumaSum(top.c[0][p1], top.c[1][p1], top.c[2][p1]);
-        const std::int32_t s10 = lumaSum(bottom.c[0][p0], bottom.c[1][p0], bottom.c[2][p0]);
-        const std::int32_t s11 = lumaSum(bottom.c[0][p1], bottom.c[1][p1], bottom.c[2][p1]);
-        yTop[2 * k] = static_cast<Kel8u>(s00 >> 16);
-        yTop[2 * k + 1] = static_cast<Kel8u>(s01 >> 16);
-        yBottom[2 * k] = static_cast<Kel8u>(s10 >> 16);
-        yBottom[2 * k + 1] = static_cast<Kel8u>(s11 >> 16);
-        const std::int32_t sum = s00 + s01 + s10 + s11;
-        u[k] = chromaU<2>(top.c[2][p0] + top.c[2][p1] + bottom.c[2][p0] + bottom.c[2][p1], sum);
-        v[k] = chromaV<2>(top.c[0][p0] + top.c[0][p1] + bottom.c[0][p0] + bottom.c[0][p1], sum);
+    constexpr int kBlock = 64;  // pixels
+    const int columns = width & ~1;
+    std::int32_t r[2][kBlock], b[2][kBlock], sum[2][kBlock];
+    for (int x0 = 0; x0 < columns; x0 += kBlock) {
+        const int n = columns - x0 < kBlock ? columns - x0 : kBlock;
+        for (int row = 0; row < 2; ++row) {
+            const Channels<const Kel8u>& in = row == 0 ? top : bottom;
+            Kel8u* y = (row == 0 ? yTop : yBottom) + x0;
+            for (int i = 0; i < n; ++i) {
+                const int p = (x0 + i) * RgbPitch;
+                r[row][i] = in.c[0][p];
+                b[row][i] = in.c[2][p];
+                sum[row][i] = lumaSum(in.c[0][p], in.c[1][p], in.c[2][p]);
+                y[i] = static_cast<Kel8u>(sum[row][i] >> 16);
+            }
+        }
+        for (int k = 0; k < n / 2; ++k) {
+            const int e = 2 * k, o = e + 1;
+            const std::int32_t cellSum = sum[0][e] + sum[0][o] + sum[1][e] + sum[1][o];
+            u[x0 / 2 + k] = chromaU<2>(b[0][e] + b[0][o] + b[1][e] + b[1][o], cellSum);
+            v[x0 / 2 + k] = chromaV<2>(r[0][e] + r[0][o] + r[1][e] + r[1][o], cellSum);
+        }
     }
 }
 
