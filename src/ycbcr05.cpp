@@ -72,12 +72,28 @@ constexpr PairLayout kCbYCr{1, 0, 3, 2, -2, false};  // Cr is two bytes before t
 template <const InverseYCbCr& K, PairLayout L, typename Row>
 void pairsFromPixelOrder(const Kel8u* src, Row dst, int width)
 {
+    // Whole pairs go in blocks, as the 4:2:0 cells do: chroma terms repeated
+    // for both pixels of a pair, then each pixel, then the stores.
     const int pairs = width / 2;
-    for (int k = 0; k < pairs; ++k) {
-        const Kel8u* pair = src + 4 * k;
-        const ChromaTerms c = chromaTerms<K>(pair[L.cb], pair[L.cr]);
-        dst.put(2 * k, Pixel<K>(pair[L.y0], c));
-        dst.put(2 * k + 1, Pixel<K>(pair[L.y1], c));
+    constexpr int kBlock = 64;  // pixels
+    std::int32_t termR[kBlock], termG[kBlock], termB[kBlock];
+    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
+        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
+        const Kel8u* block = src + 2 * x0;  // two bytes a pixel
+        for (int i = 0; i < n; i += 2) {
+            const ChromaTerms c = chromaTerms<K>(block[2 * i + L.cb], block[2 * i + L.cr]);
+            termR[i] = termR[i + 1] = c.r;
+            termG[i] = termG[i + 1] = c.g;
+            termB[i] = termB[i + 1] = c.b;
+        }
+        for (int i = 0; i < n; ++i) {
+            const std::int32_t l = K.luma * block[2 * i + L.y0];  // Y0 and Y1 are two bytes apart
+            r[i] = saturateByte((l + termR[i]) >> 16);
+            g[i] = saturateByte((l + termG[i]) >> 16);
+            b[i] = saturateByte((l + termB[i]) >> 16);
+        }
+        for (int i = 0; i < n; ++i) dst.put(x0 + i, Rgb8{r[i], g[i], b[i]});
     }
     if (width & 1) {
         const Kel8u* slot = src + 4 * pairs;
