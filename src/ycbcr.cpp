@@ -1,6 +1,7 @@
 // RGB <-> studio-range YCbCr at full chroma resolution, 8-bit, in pixel-order
 // (C3, AC4) and planar (P3) layouts.
 #include <cstdint>
+#include <cstring>
 
 #include "callframe.h"
 #include "cbcrpx.h"
@@ -242,9 +243,21 @@ void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width)
     convertInterleaved<ToRGB<inverseT>, 4>(src, dst, width);
 }
 
+// Planes to planes in blocks: a block's results are formed in local arrays
+// and then stored, so the compiler need not fear that a store reaches a
+// source plane.  Each pixel still reads only its own samples, so overlapping
+// planes convert as the pixel loop does.
 void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width)
 {
-    convertRow<ToRGB<inverseT>, 1, 1>(src[0], src[1], src[2], dst[0], dst[1], dst[2], width);
+    constexpr int kBlock = 64;
+    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    for (int x0 = 0; x0 < width; x0 += kBlock) {
+        const int n = width - x0 < kBlock ? width - x0 : kBlock;
+        convertRow<ToRGB<inverseT>, 1, 1>(src[0] + x0, src[1] + x0, src[2] + x0, r, g, b, n);
+        std::memcpy(dst[0] + x0, r, static_cast<std::size_t>(n));
+        std::memcpy(dst[1] + x0, g, static_cast<std::size_t>(n));
+        std::memcpy(dst[2] + x0, b, static_cast<std::size_t>(n));
+    }
 }
 
 void innerYCbCrToRGB_8u_P3C3R(const Kel8u* const src[3], Kel8u* dst, int width)

@@ -287,4 +287,17 @@ TEST(YCbCrValues, InPlaceConversionMatchesOutOfPlace)
     EXPECT_TRUE(image.fenceIntact());
 }
 
+TEST(YCbCrValues, PlanarInverseInPlaceMatchesOutOfPlace)
+{
+    const int width = 150, height = 2;  // more than one block of a row
+    GuardedPlanes image(width, height), expected(width, height);
+    image.fillRandom(12);
+    ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3R(image.constPointers(), image.step(), expected.pointers(), expected.step(),
+                                           {width, height}));
+    ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3R(image.constPointers(), image.step(), image.pointers(), image.step(),
+                                           {width, height}));
+    EXPECT_EQ(expected.rows(), image.rows());
+    EXPECT_TRUE(image.fenceIntact());
+}
+
 } // namespace
