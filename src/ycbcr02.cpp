@@ -90,15 +90,28 @@ constexpr PairConstants kBGRCbYCrPair{0x1010000, 0x100FFFE, kRoundedLuma, kRound
 template <PairLayout L, PairConstants K, typename Row>
 void pairsToPixelOrder(Row src, Kel8u* dst, int width)
 {
+    // Whole pairs go in blocks: the samples gathered into plain arrays first,
+    // then each pair from them, in loops the compiler vectorises.
     const int pairs = width / 2;
-    for (int k = 0; k < pairs; ++k) {
-        const int e = 2 * k, o = e + 1;
-        const std::int32_t sr = src.r(e) + src.r(o), sg = src.g(e) + src.g(o), sb = src.b(e) + src.b(o);
-        Kel8u* pair = dst + 4 * k;
-        pair[L.y0] = lumaOf(src.r(e), src.g(e), src.b(e), K.yEven);
-        pair[L.y1] = lumaOf(src.r(o), src.g(o), src.b(o), K.yOdd);
-        pair[L.cb] = chromaOf(blueDifference(sr, sg, sb), K.cbK, 17);
-        pair[L.cr] = chromaOf(redDifference(sr, sg, sb), K.crK, 17);
+    constexpr int kBlock = 64;  // pixels
+    std::int32_t r[kBlock], g[kBlock], b[kBlock];
+    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
+        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
+        for (int i = 0; i < n; ++i) {
+            r[i] = src.r(x0 + i);
+            g[i] = src.g(x0 + i);
+            b[i] = src.b(x0 + i);
+        }
+        Kel8u* block = dst + 2 * x0;  // two bytes a pixel
+        for (int k = 0; k < n / 2; ++k) {
+            const int e = 2 * k, o = e + 1;
+            const std::int32_t sr = r[e] + r[o], sg = g[e] + g[o], sb = b[e] + b[o];
+            Kel8u* pair = block + 4 * k;
+            pair[L.y0] = lumaOf(r[e], g[e], b[e], K.yEven);
+            pair[L.y1] = lumaOf(r[o], g[o], b[o], K.yOdd);
+            pair[L.cb] = chromaOf(blueDifference(sr, sg, sb), K.cbK, 17);
+            pair[L.cr] = chromaOf(redDifference(sr, sg, sb), K.crK, 17);
+        }
     }
     if (width & 1) {
         const int x = width - 1;
