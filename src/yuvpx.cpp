@@ -51,14 +51,26 @@ void forward422(Channels<const Kel8u> rgb, Channels<Kel8u> yuv, int width)
     constexpr int lumaPitch = PixelOrderYuv ? 2 : 1, chromaPitch = PixelOrderYuv ? 4 : 1;
     const Kel8u *r = rgb.c[0], *g = rgb.c[1], *b = rgb.c[2];
     Kel8u *y = yuv.c[0], *u = yuv.c[1], *v = yuv.c[2];
+    // Whole pairs go in blocks: samples and luma sums gathered into plain
+    // arrays first, then each pair from them, in loops the compiler vectorises.
     const int pairs = width / 2;
-    for (int k = 0; k < pairs; ++k) {
-        const int p0 = 2 * k * RgbPitch, p1 = p0 + RgbPitch;
-        const std::int32_t s0 = lumaSum(r[p0], g[p0], b[p0]), s1 = lumaSum(r[p1], g[p1], b[p1]);
-        y[2 * k * lumaPitch] = static_cast<Kel8u>(s0 >> 16);
-        y[(2 * k + 1) * lumaPitch] = static_cast<Kel8u>(s1 >> 16);
-        u[k * chromaPitch] = chromaU<1>(b[p0] + b[p1], s0 + s1);
-        v[k * chromaPitch] = chromaV<1>(r[p0] + r[p1], s0 + s1);
+    constexpr int kBlock = 64;  // pixels
+    std::int32_t red[kBlock], blue[kBlock], sum[kBlock];
+    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
+        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
+        for (int i = 0; i < n; ++i) {
+            const int p = (x0 + i) * RgbPitch;
+            red[i] = r[p];
+            blue[i] = b[p];
+            sum[i] = lumaSum(r[p], g[p], b[p]);
+        }
+        for (int k = 0; k < n / 2; ++k) {
+            const int e = 2 * k, o = e + 1, pair = x0 / 2 + k;
+            y[2 * pair * lumaPitch] = static_cast<Kel8u>(sum[e] >> 16);
+            y[(2 * pair + 1) * lumaPitch] = static_cast<Kel8u>(sum[o] >> 16);
+            u[pair * chromaPitch] = chromaU<1>(blue[e] + blue[o], sum[e] + sum[o]);
+            v[pair * chromaPitch] = chromaV<1>(red[e] + red[o], sum[e] + sum[o]);
+        }
     }
     if (width & 1) {
         const int p = 2 * pairs * RgbPitch;
