@@ -146,15 +146,66 @@ void inverse422Planes(Channels<const Kel8u> yuv, Channels<Kel8u> rgb, int width)
     }
 }
 
+// Inverse kernels work in blocks: the chroma terms of every pixel (a cell's
+// terms repeated for its pixels), then each pixel from its luma and its
+// terms, then the stores.  Each pass is a plain loop the compiler vectorises;
+// the sums are those of the one-pixel formula.
+constexpr int kBlock = 64;  // pixels
+
+struct TermBlock {
+    std::int32_t r[kBlock], g[kBlock], b[kBlock];
+};
+
+// Terms for pixels i and i + 1 of a block, from their cell's U and V.
+template <std::int32_t Half>
+[[gnu::always_inline]] inline void setPairTerms(TermBlock& t, int i, std::int32_t u, std::int32_t v)
+{
+    const std::int32_t du = u - 128, dv = v - 128;
+    t.r[i] = t.r[i + 1] = inverse1.vToR * dv + Half;
+    t.g[i] = t.g[i + 1] = -inverse1.uToG * du - inverse1.vToG * dv + Half;
+    t.b[i] = t.b[i + 1] = inverse1.uToB * du + Half;
+}
+
+// n pixels of a block, their luma LumaPitch bytes apart, into a destination
+// of Pitch bytes a pixel (1: the three planes of `out`), alpha 0 at Pitch 4.
+template <int LumaPitch, int Pitch, bool Swap>
+[[gnu::always_inline]] inline void blockPixels(const Kel8u* luma, const TermBlock& t, int n, Channels<Kel8u> out, int x0)
+{
+    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    for (int i = 0; i < n; ++i) {
+        const std::int32_t y16 = luma[i * LumaPitch] << 16;
+        r[i] = saturateByte((y16 + t.r[i]) >> 16);
+        g[i] = saturateByte((y16 + t.g[i]) >> 16);
+        b[i] = saturateByte((y16 + t.b[i]) >> 16);
+    }
+    if constexpr (Pitch == 1) {
+        for (int i = 0; i < n; ++i) {
+            out.c[0][x0 + i] = r[i];
+            out.c[1][x0 + i] = g[i];
+            out.c[2][x0 + i] = b[i];
+        }
+    } else {
+        Kel8u* d = out.c[0] + x0 * Pitch;
+        for (int i = 0; i < n; ++i) {
+            d[i * Pitch] = Swap ? b[i] : r[i];
+            d[i * Pitch + 1] = g[i];
+            d[i * Pitch + 2] = Swap ? r[i] : b[i];
+            if constexpr (Pitch == 4) d[i * Pitch + 3] = 0;
+        }
+    }
+}
+
 // A 4:2:2 row in pixel order (Y0 U Y1 V).  A last single pixel, in a pair cut
 // short after its U, takes V from the pair before: the byte before its Y.
 void inverse422PixelOrder(const Kel8u* src, Kel8u* dst, int width)
 {
     const int pairs = width / 2;
-    for (int k = 0; k < pairs; ++k) {
-        const Kel8u* pair = src + 4 * k;
-        storeRGB<3, false, 0>(dst + 6 * k, pair[0], pair[1], pair[3]);
-        storeRGB<3, false, 0>(dst + 6 * k + 3, pair[2], pair[1], pair[3]);
+    TermBlock terms;
+    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
+        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
+        const Kel8u* block = src + 2 * x0;  // two bytes a pixel
+        for (int i = 0; i < n; i += 2) setPairTerms<0>(terms, i, block[2 * i + 1], block[2 * i + 3]);
+        blockPixels<2, 3, false>(block, terms, n, pixelChannels(dst), x0);  // Y0 and Y1 two bytes apart
     }
     if (width & 1) {
         const Kel8u* last = src + 4 * pairs;
@@ -162,51 +213,18 @@ void inverse422PixelOrder(const Kel8u* src, Kel8u* dst, int width)
     }
 }
 
-// A 4:2:0 row pair; the odd last column is left alone.  The cells go in
-// blocks: each cell's chroma terms repeated for its two columns, then every
-// pixel from its luma and those terms, then the stores; each pass is a plain
-// loop the compiler vectorises, with the sums of the one-pixel formula.
+// A 4:2:0 row pair; the odd last column is left alone.
 template <int Pitch, bool Swap, std::int32_t Half>
 void inverse420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Channels<Kel8u> top,
                 Channels<Kel8u> bottom, int width)
 {
-    constexpr int kBlock = 64;  // pixels
     const int columns = width & ~1;
-    std::int32_t termR[kBlock], termG[kBlock], termB[kBlock];
-    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    TermBlock terms;
     for (int x0 = 0; x0 < columns; x0 += kBlock) {
         const int n = columns - x0 < kBlock ? columns - x0 : kBlock;
-        for (int i = 0; i < n; i += 2) {
-            const std::int32_t du = u[(x0 + i) / 2] - 128, dv = v[(x0 + i) / 2] - 128;
-            termR[i] = termR[i + 1] = inverse1.vToR * dv + Half;
-            termG[i] = termG[i + 1] = -inverse1.uToG * du - inverse1.vToG * dv + Half;
-            termB[i] = termB[i + 1] = inverse1.uToB * du + Half;
-        }
-        for (int half = 0; half < 2; ++half) {
-            const Kel8u* luma = (half == 0 ? yTop : yBottom) + x0;
-            for (int i = 0; i < n; ++i) {
-                const std::int32_t y16 = luma[i] << 16;
-                r[i] = saturateByte((y16 + termR[i]) >> 16);
-                g[i] = saturateByte((y16 + termG[i]) >> 16);
-                b[i] = saturateByte((y16 + termB[i]) >> 16);
-            }
-            const Channels<Kel8u>& out = half == 0 ? top : bottom;
-            if constexpr (Pitch == 1) {
-                for (int i = 0; i < n; ++i) {
-                    out.c[0][x0 + i] = r[i];
-                    out.c[1][x0 + i] = g[i];
-                    out.c[2][x0 + i] = b[i];
-                }
-            } else {
-                Kel8u* d = out.c[0] + x0 * Pitch;
-                for (int i = 0; i < n; ++i) {
-                    d[i * Pitch] = Swap ? b[i] : r[i];
-                    d[i * Pitch + 1] = g[i];
-                    d[i * Pitch + 2] = Swap ? r[i] : b[i];
-                    if constexpr (Pitch == 4) d[i * Pitch + 3] = 0;
-                }
-            }
-        }
+        for (int i = 0; i < n; i += 2) setPairTerms<Half>(terms, i, u[(x0 + i) / 2], v[(x0 + i) / 2]);
+        blockPixels<1, Pitch, Swap>(yTop + x0, terms, n, top, x0);
+        blockPixels<1, Pitch, Swap>(yBottom + x0, terms, n, bottom, x0);
     }
 }
 
