@@ -53,6 +53,40 @@ struct RGBPlanesRow {
     template <typename P> void put(int x, const P& v) const { r[x] = v.r; g[x] = v.g; b[x] = v.b; }
 };
 
+// Fast inverse kernels work in blocks: the chroma terms of every pixel (a
+// cell's terms repeated for its pixels), then each pixel from its luma and
+// its terms, then the stores.  Each pass is a plain loop over contiguous
+// arrays, which the compiler vectorises; the sums are those of the one-pixel
+// formula, so the bytes are too.
+constexpr int kBlock = 64;  // pixels
+
+struct TermBlock {
+    std::int32_t r[kBlock], g[kBlock], b[kBlock];
+};
+
+template <const InverseYCbCr& K>
+[[gnu::always_inline]] inline void setPairTerms(TermBlock& t, int i, std::int32_t cb, std::int32_t cr)
+{
+    const ChromaTerms c = chromaTerms<K>(cb, cr);
+    t.r[i] = t.r[i + 1] = c.r;
+    t.g[i] = t.g[i + 1] = c.g;
+    t.b[i] = t.b[i + 1] = c.b;
+}
+
+// n pixels of a block, their luma LumaPitch bytes apart, stored from x0 on.
+template <const InverseYCbCr& K, int LumaPitch, typename Row>
+[[gnu::always_inline]] inline void blockPixels(const Kel8u* luma, const TermBlock& t, int n, const Row& out, int x0)
+{
+    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    for (int i = 0; i < n; ++i) {
+        const std::int32_t l = K.luma * luma[i * LumaPitch];
+        r[i] = saturateByte((l + t.r[i]) >> 16);
+        g[i] = saturateByte((l + t.g[i]) >> 16);
+        b[i] = saturateByte((l + t.b[i]) >> 16);
+    }
+    for (int i = 0; i < n; ++i) out.put(x0 + i, Rgb8{r[i], g[i], b[i]});
+}
+
 // ---- 4:2:2 ------------------------------------------------------------------------------------
 
 // Byte positions of Y0, first chroma, Y1, second chroma in a pixel-order pair.
@@ -72,28 +106,14 @@ constexpr PairLayout kCbYCr{1, 0, 3, 2, -2, false};  // Cr is two bytes before t
 template <const InverseYCbCr& K, PairLayout L, typename Row>
 void pairsFromPixelOrder(const Kel8u* src, Row dst, int width)
 {
-    // Whole pairs go in blocks, as the 4:2:0 cells do: chroma terms repeated
-    // for both pixels of a pair, then each pixel, then the stores.
+    // Whole pairs go in blocks.
     const int pairs = width / 2;
-    constexpr int kBlock = 64;  // pixels
-    std::int32_t termR[kBlock], termG[kBlock], termB[kBlock];
-    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    TermBlock terms;
     for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
         const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
         const Kel8u* block = src + 2 * x0;  // two bytes a pixel
-        for (int i = 0; i < n; i += 2) {
-            const ChromaTerms c = chromaTerms<K>(block[2 * i + L.cb], block[2 * i + L.cr]);
-            termR[i] = termR[i + 1] = c.r;
-            termG[i] = termG[i + 1] = c.g;
-            termB[i] = termB[i + 1] = c.b;
-        }
-        for (int i = 0; i < n; ++i) {
-            const std::int32_t l = K.luma * block[2 * i + L.y0];  // Y0 and Y1 are two bytes apart
-            r[i] = saturateByte((l + termR[i]) >> 16);
-            g[i] = saturateByte((l + termG[i]) >> 16);
-            b[i] = saturateByte((l + termB[i]) >> 16);
-        }
-        for (int i = 0; i < n; ++i) dst.put(x0 + i, Rgb8{r[i], g[i], b[i]});
+        for (int i = 0; i < n; i += 2) setPairTerms<K>(terms, i, block[2 * i + L.cb], block[2 * i + L.cr]);
+        blockPixels<K, 2>(block + L.y0, terms, n, dst, x0);  // Y0 and Y1 are two bytes apart
     }
     if (width & 1) {
         const Kel8u* slot = src + 4 * pairs;
@@ -106,36 +126,16 @@ void pairsFromPixelOrder(const Kel8u* src, Row dst, int width)
 
 // ---- 4:2:0 -------------------------------------------------------------------------------------
 
-// The cells go in blocks: first each cell's chroma terms, repeated for its
-// two columns, then every pixel of both rows from its luma and those terms,
-// then the stores.  Each pass is a plain loop over contiguous arrays, which
-// the compiler vectorises; the sums are those of the one-pixel formula, so
-// the bytes are too.
 template <const InverseYCbCr& K, typename Row>
 void cells420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Row top, Row bottom, int width)
 {
-    constexpr int kBlock = 64;  // pixels
     const int columns = width & ~1;
-    std::int32_t termR[kBlock], termG[kBlock], termB[kBlock];
-    Kel8u r[kBlock], g[kBlock], b[kBlock];
+    TermBlock terms;
     for (int x0 = 0; x0 < columns; x0 += kBlock) {
         const int n = columns - x0 < kBlock ? columns - x0 : kBlock;
-        for (int i = 0; i < n; i += 2) {
-            const ChromaTerms c = chromaTerms<K>(cb[(x0 + i) / 2], cr[(x0 + i) / 2]);
-            termR[i] = termR[i + 1] = c.r;
-            termG[i] = termG[i + 1] = c.g;
-            termB[i] = termB[i + 1] = c.b;
-        }
-        for (const Kel8u* luma : {yTop, yBottom}) {
-            for (int i = 0; i < n; ++i) {
-                const std::int32_t l = K.luma * luma[x0 + i];
-                r[i] = saturateByte((l + termR[i]) >> 16);
-                g[i] = saturateByte((l + termG[i]) >> 16);
-                b[i] = saturateByte((l + termB[i]) >> 16);
-            }
-            const Row& out = luma == yTop ? top : bottom;
-            for (int i = 0; i < n; ++i) out.put(x0 + i, Rgb8{r[i], g[i], b[i]});
-        }
+        for (int i = 0; i < n; i += 2) setPairTerms<K>(terms, i, cb[(x0 + i) / 2], cr[(x0 + i) / 2]);
+        blockPixels<K, 1>(yTop + x0, terms, n, top, x0);
+        blockPixels<K, 1>(yBottom + x0, terms, n, bottom, x0);
     }
 }
 
