@@ -151,10 +151,14 @@ template <bool Forward, int SrcPitch, int DstPitch, bool CopyAlpha, bool Roundin
 void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
 {
     const Ext addend = Rounding ? addendNearest : addendTruncate;
+    int previous = -1;  // a repeated colour takes the previous results again
+    Kel8u out[3] = {};
     for (int x = 0; x < width; ++x) {
         const Kel8u a = src[0][x * SrcPitch], b = src[1][x * SrcPitch], c = src[2][x * SrcPitch];
-        Kel8u out[3];
-        if constexpr (Forward) {  // B, G, R in; H, L, S out
+        const int colour = a | (b << 8) | (c << 16);
+        if (colour == previous) {
+            // same results as the pixel before
+        } else if constexpr (Forward) {  // B, G, R in; H, L, S out
             const HLS v = toHLS<false>(unitValue(c), unitValue(b), unitValue(a));
             storeHLS(v, addend, &out[0], &out[1], &out[2]);
         } else {  // H, L, S in; B, G, R out
@@ -163,6 +167,7 @@ void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
             out[1] = store<Kel8u>(v.g * 255, addend);
             out[2] = store<Kel8u>(v.r * 255, addend);
         }
+        previous = colour;
         if constexpr (CopyAlpha) dst[3][x * DstPitch] = src[3][x * SrcPitch];
         dst[0][x * DstPitch] = out[0];
         dst[1][x * DstPitch] = out[1];

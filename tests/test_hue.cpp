@@ -157,6 +157,18 @@ TEST(HueValues, RunsOfEqualPixelsAndInPlaceConversion)
             EXPECT_EQ(alone, (B3{out[3 * x], out[3 * x + 1], out[3 * x + 2]})) << x;
         }
     }
+    // The blue-first plane family, in place on its planes.
+    std::array<std::vector<Kel8u>, 3> planes;
+    for (int c = 0; c < 3; ++c)
+        for (int x = 0; x < 6; ++x) planes[c].push_back(row[3 * x + c]);
+    Kel8u* inPlace[3] = {planes[0].data(), planes[1].data(), planes[2].data()};
+    ASSERT_EQ(kelOk, keliBGRToHLS_8u_P3R(inPlace, 6, inPlace, 6, {6, 1}));
+    for (int x = 0; x < 6; ++x) {
+        B3 alone{};
+        Kel8u* outPlanes[3] = {&alone[0], &alone[1], &alone[2]};
+        ASSERT_EQ(kelOk, keliBGRToHLS_8u_C3P3R(&row[3 * x], 3, outPlanes, 1, {1, 1}));
+        EXPECT_EQ(alone, (B3{planes[0][x], planes[1][x], planes[2][x]})) << x;
+    }
     // Floats repeat by their bits: a zero of the other sign is a new colour.
     using F3 = std::array<Kel32f, 3>;
     std::vector<Kel32f> floats{0.0f, 0.5f, 1.0f, -0.0f, 0.5f, 1.0f, 0.0f, 0.5f, 1.0f};
