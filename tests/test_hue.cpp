@@ -12,6 +12,7 @@
 
 #include "kelcc.h"
 #include "support/guarded.h"
+#include "support/pixel.h"
 
 using namespace kt;
 
@@ -20,14 +21,9 @@ namespace {
 using B3 = std::array<Kel8u, 3>;
 
 template <typename T>
-using Conv = KelResult (*)(const T*, int, T*, int, KelImageSize);
-
-template <typename T>
-std::array<T, 3> one(Conv<T> f, std::array<T, 3> in)
+std::array<T, 3> one(KelResult (*f)(const T*, int, T*, int, KelImageSize), std::array<T, 3> in)
 {
-    std::array<T, 3> out{};
-    EXPECT_EQ(kelOk, f(in.data(), 3 * sizeof(T), out.data(), 3 * sizeof(T), {1, 1}));
-    return out;
+    return convertPixel(f, in);
 }
 
 TEST(HueValues, HSVOfPrimariesTiesAndTheWrapTo255)

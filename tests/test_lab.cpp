@@ -10,6 +10,7 @@
 #include "kelcc.h"
 #include "kelcore.h"
 #include "support/guarded.h"
+#include "support/pixel.h"
 
 using namespace kt;
 
@@ -18,33 +19,10 @@ namespace {
 using Bytes3 = std::array<Kel8u, 3>;
 using Words3 = std::array<Kel16u, 3>;
 
-Bytes3 toLab8(Bytes3 bgr)
-{
-    Bytes3 lab{};
-    EXPECT_EQ(kelOk, keliBGRToLab_8u_C3R(bgr.data(), 3, lab.data(), 3, {1, 1}));
-    return lab;
-}
-
-Words3 toLab16(Bytes3 bgr)
-{
-    Words3 lab{};
-    EXPECT_EQ(kelOk, keliBGRToLab_8u16u_C3R(bgr.data(), 3, lab.data(), 6, {1, 1}));
-    return lab;
-}
-
-Bytes3 fromLab8(Bytes3 lab)
-{
-    Bytes3 bgr{};
-    EXPECT_EQ(kelOk, keliLabToBGR_8u_C3R(lab.data(), 3, bgr.data(), 3, {1, 1}));
-    return bgr;
-}
-
-Bytes3 fromLab16(Words3 lab)
-{
-    Bytes3 bgr{};
-    EXPECT_EQ(kelOk, keliLabToBGR_16u8u_C3R(lab.data(), 6, bgr.data(), 3, {1, 1}));
-    return bgr;
-}
+Bytes3 toLab8(Bytes3 bgr) { return convertPixel(keliBGRToLab_8u_C3R, bgr); }
+Words3 toLab16(Bytes3 bgr) { return convertPixel(keliBGRToLab_8u16u_C3R, bgr); }
+Bytes3 fromLab8(Bytes3 lab) { return convertPixel(keliLabToBGR_8u_C3R, lab); }
+Bytes3 fromLab16(Words3 lab) { return convertPixel(keliLabToBGR_16u8u_C3R, lab); }
 
 TEST(LabValues, PrimariesBlackAndWhiteIn8BitCodes)
 {

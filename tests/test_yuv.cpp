@@ -11,6 +11,7 @@
 
 #include "kelcc.h"
 #include "support/guarded.h"
+#include "support/pixel.h"
 
 using namespace kt;
 
@@ -59,12 +60,7 @@ std::array<int, 3> inverse(int y, int u, int v, bool set2 = false, int half = 0)
 
 using B3 = std::array<Kel8u, 3>;
 
-B3 forwardOne(B3 rgb)
-{
-    B3 out{};
-    EXPECT_EQ(kelOk, keliRGBToYUV_8u_C3R(rgb.data(), 3, out.data(), 3, {1, 1}));
-    return out;
-}
+B3 forwardOne(B3 rgb) { return convertPixel(keliRGBToYUV_8u_C3R, rgb); }
 
 TEST(YuvValues, WhiteBlackAndRedWithItsClampedV)
 {
