@@ -1,16 +1,28 @@
 #!/usr/bin/env bash
-# Installs the build and test tools this project needs when any is missing
+# Installs what a job of this project needs when any of it is missing
 # (Debian/Ubuntu, as root or through sudo). Safe to run again.
+#   scripts/ensure-deps.sh build   compiler, CMake, Ninja (OpenMP comes with GCC)
+#   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
+#   scripts/ensure-deps.sh bench   the above for build, Google Benchmark
 set -euo pipefail
+job=${1:-build}
 missing=()
 command -v cmake >/dev/null 2>&1 || missing+=(cmake)
 command -v ninja >/dev/null 2>&1 || missing+=(ninja-build)
 command -v g++ >/dev/null 2>&1 || missing+=(g++)
 command -v gcc >/dev/null 2>&1 || missing+=(gcc)
-command -v pkg-config >/dev/null 2>&1 || missing+=(pkg-config)
-command -v nm >/dev/null 2>&1 || missing+=(binutils)
-[ -f /usr/include/gtest/gtest.h ] || missing+=(libgtest-dev)
-[ -f /usr/include/benchmark/benchmark.h ] || missing+=(libbenchmark-dev)
+case $job in
+  build) ;;
+  test)
+    command -v pkg-config >/dev/null 2>&1 || missing+=(pkg-config)
+    command -v nm >/dev/null 2>&1 || missing+=(binutils)
+    [ -f /usr/include/gtest/gtest.h ] || missing+=(libgtest-dev)
+    ;;
+  bench)
+    [ -f /usr/include/benchmark/benchmark.h ] || missing+=(libbenchmark-dev)
+    ;;
+  *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
+esac
 if [ ${#missing[@]} -eq 0 ]; then
   exit 0
 fi

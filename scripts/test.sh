@@ -4,12 +4,12 @@
 #   scripts/test.sh --sanitize  AddressSanitizer + UBSan build in ./build-sanitize
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/ensure-deps.sh
+scripts/ensure-deps.sh test
 dir=build
-flags=(-DCMAKE_BUILD_TYPE=Release)
+flags=(-DCMAKE_BUILD_TYPE=Release -DKELCC_TESTS=ON)
 if [ "${1:-}" = "--sanitize" ]; then
   dir=build-sanitize
-  flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELCC_SANITIZE=ON -DKELCC_BENCH=OFF)
+  flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELCC_SANITIZE=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF)
   export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
   export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 fi
