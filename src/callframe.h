@@ -1,5 +1,5 @@
-// The call frame every family shares: argument tests that read like the
-// contract, the plain row walk, and the numeric ground rules of the build.
+// The call frame every family shares: argument tests in the library's two
+// orders, odd-size warnings, plane arrays, strides and the row walks.
 #pragma once
 
 #include <cfloat>
@@ -16,6 +16,21 @@ static_assert(std::numeric_limits<long double>::digits == 64 && LDBL_MANT_DIG ==
 static_assert(sizeof(int) == 4, "strides and sizes are 32-bit");
 
 namespace kel {
+
+// ---- plane arrays -----------------------------------------------------------
+
+// An image argument that is the address of an array of plane pointers (P3,
+// and AP4 through FourPlanes) rather than of samples.
+template <typename P>
+inline constexpr bool isPlaneArray = std::is_pointer_v<std::remove_pointer_t<P>>;
+
+// A four-plane array (planes with alpha) in an argument test.
+template <typename T>
+struct FourPlanes {
+    T* const* planes;
+};
+template <typename T>
+FourPlanes(T* const*) -> FourPlanes<T>;
 
 // ---- argument tests ---------------------------------------------------------
 
@@ -44,7 +59,89 @@ inline bool stepBelowOne(int srcStep, int dstStep)
     return srcStep < 1 || dstStep < 1;
 }
 
-// ---- row addressing ---------------------------------------------------------
+namespace frame {
+
+template <typename P>
+inline const void* address(P image)
+{
+    return image;
+}
+template <typename T>
+inline const void* address(FourPlanes<T> image)
+{
+    return image.planes;
+}
+
+// The planes inside an argument, if it is a plane array.
+template <typename P>
+inline bool nullInside(P image)
+{
+    if constexpr (isPlaneArray<P>) return anyNullPlane(image);
+    else return false;
+}
+template <typename T>
+inline bool nullInside(FourPlanes<T> image)
+{
+    return anyNullPlane(image.planes, 4);
+}
+
+} // namespace frame
+
+// The order of most families: the pointer arguments (a plane array's own
+// address among them), the size, then the plane pointers inside the arrays.
+// A null plane with a bad size is a size error.
+template <typename... P>
+inline KelResult testPlanesAfterSize(KelImageSize size, int minWidth, int minHeight, P... images)
+{
+    if (anyNull(frame::address(images)...))          return kelErrNullPointer;
+    if (sizeBelow(size, minWidth, minHeight))         return kelErrSize;
+    if ((frame::nullInside(images) || ...))           return kelErrNullPointer;
+    return kelOk;
+}
+
+// The order of the families that test every pointer first: the arguments and
+// the planes inside the arrays, then the size.  A null plane with a bad size
+// is a null-pointer error.
+template <typename... P>
+inline KelResult testPlanesWithPointers(KelImageSize size, int minWidth, int minHeight, P... images)
+{
+    if (anyNull(frame::address(images)...) || (frame::nullInside(images) || ...))  return kelErrNullPointer;
+    if (sizeBelow(size, minWidth, minHeight))                                      return kelErrSize;
+    return kelOk;
+}
+
+// ---- odd-size warnings ------------------------------------------------------
+// Returned after the work, when the size does not divide into whole cells.
+
+// 4:2:0 cells of 2 x 2.
+inline KelResult warnUnlessEven(KelImageSize size)
+{
+    return ((size.width | size.height) & 1) ? kelWarnOddSize : kelOk;
+}
+
+// 4:1:1 groups of four along the row.
+inline KelResult warnUnlessFourWide(KelImageSize size)
+{
+    return (size.width & 3) ? kelWarnOddSize : kelOk;
+}
+
+// A warning that follows a passed test: a failed test's status stands.
+inline KelResult warnAfter(KelResult status, KelResult warning)
+{
+    return status == kelOk ? warning : status;
+}
+
+// ---- strides and rows -------------------------------------------------------
+
+// Byte stride to element stride, by arithmetic shift: a stride that is not a
+// whole number of elements is cut down.
+template <typename T>
+constexpr int elementStride(int byteStep)
+{
+    if constexpr (sizeof(T) == 1) return byteStep;
+    else if constexpr (sizeof(T) == 2) return byteStep >> 1;
+    else return byteStep >> 2;
+}
 
 // Row y of an image whose rows are `step` bytes apart; negative and zero
 // strides simply follow the arithmetic.
@@ -53,6 +150,38 @@ inline T* rowAt(T* base, int step, int y)
 {
     using Byte = std::conditional_t<std::is_const_v<T>, const std::uint8_t, std::uint8_t>;
     return reinterpret_cast<T*>(reinterpret_cast<Byte*>(base) + static_cast<std::ptrdiff_t>(step) * y);
+}
+
+// The rows of a planar image: one stride for every plane, or one a plane.
+template <typename T, int Count = 3>
+struct PlaneRows {
+    T* const* planes;
+    int steps[Count];
+
+    PlaneRows(T* const* p, int step) : planes(p)
+    {
+        for (int i = 0; i < Count; ++i) steps[i] = step;
+    }
+    PlaneRows(T* const* p, const int* stepArray) : planes(p)
+    {
+        for (int i = 0; i < Count; ++i) steps[i] = stepArray[i];
+    }
+    T* row(int plane, int y) const { return rowAt(planes[plane], steps[plane], y); }
+};
+
+// The plain row walk: row(y) for y = 0 .. height - 1, upward.
+template <typename RowFn>
+inline void forEachRow(int height, const RowFn& row)
+{
+    for (int y = 0; y < height; ++y) row(y);
+}
+
+// The walk of formats that pair rows (4:2:0): pair(top, bottom, chroma) with
+// rows 2j, 2j + 1 and chroma row j; an odd last row is not visited.
+template <typename PairFn>
+inline void forEachRowPair(int height, const PairFn& pair)
+{
+    for (int j = 0; j < height / 2; ++j) pair(2 * j, 2 * j + 1, j);
 }
 
 // ---- saturation -------------------------------------------------------------

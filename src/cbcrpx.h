@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "callframe.h"
+#include "rowstore.h"
 
 // 1000-byte saturation table: chop[370 + v] is v clamped to 0..255 for
 // v in -370..629; chop[498 + v] is v + 128 clamped, for v in -498..501.
@@ -63,10 +64,6 @@ inline constexpr InverseYCbCr inverseF{76309, 104597, 25675, 53279, 132201, -122
 // The chroma part of the three sums, shared by every pixel of a cell.  The
 // sums are far inside 32 bits, so adding the luma term to it later gives the
 // same value as the sum written in one piece.
-struct ChromaTerms {
-    std::int32_t r, g, b;
-};
-
 template <const InverseYCbCr& K>
 inline ChromaTerms chromaTerms(std::int32_t cb, std::int32_t cr)
 {

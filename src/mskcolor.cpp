@@ -7,16 +7,6 @@ using namespace kel;
 
 namespace {
 
-// Byte stride to element stride, by arithmetic shift: a stride that is not a
-// whole number of elements is cut down.
-template <typename T>
-constexpr int elementStride(int byteStep)
-{
-    if constexpr (sizeof(T) == 1) return byteStep;
-    else if constexpr (sizeof(T) == 2) return byteStep >> 1;
-    else return byteStep >> 2;
-}
-
 template <typename T>
 KelResult hueCall(void (*rowLayer)(const T*, int, T*, int, int, int, int), int pixelStride, const T* pSrc,
                   int srcStep, T* pDst, int dstStep, KelImageSize roiSize)

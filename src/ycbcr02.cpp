@@ -383,11 +383,6 @@ void myBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int 
 
 namespace {
 
-KelResult warnUnlessEven(KelImageSize size)
-{
-    return ((size.width | size.height) & 1) ? kelWarnOddSize : kelOk;
-}
-
 using PixelLayer = void (*)(const Kel8u*, int, Kel8u*, int, int, int);
 using PlanesLayer = void (*)(const Kel8u*, int, Kel8u* const[3], const int[3], int, int);
 

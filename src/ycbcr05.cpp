@@ -360,11 +360,6 @@ void myCbYCr422ToBGR_8u_C2AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int 
 
 namespace {
 
-KelResult warnUnlessEven(KelImageSize size)
-{
-    return ((size.width | size.height) & 1) ? kelWarnOddSize : kelOk;
-}
-
 // Null pointers, the size, then the planes of a planar source.
 template <typename Src, typename Dst>
 KelResult testsSizeBeforePlanes(Src pSrc, Dst pDst, KelImageSize roi, int minWidth)

@@ -25,9 +25,6 @@ KEL_YUV_LAYERS(YUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
 
 namespace {
 
-template <typename P>
-constexpr bool isPlaneArray = std::is_pointer_v<std::remove_pointer_t<P>>;
-
 template <typename Src, typename Dst>
 KelResult yuvCall(void (*rowLayer)(Src, int, Dst, int, int, int), Src pSrc, int srcStep, Dst pDst, int dstStep,
                   KelImageSize roiSize)

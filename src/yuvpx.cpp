@@ -459,9 +459,6 @@ void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelIm
 
 namespace {
 
-template <typename P>
-constexpr bool isPlaneArray = std::is_pointer_v<std::remove_pointer_t<P>>;
-
 // Null pointers, then the size, then the plane pointers.
 template <typename Src, typename Dst>
 KelResult testArguments(Src pSrc, Dst pDst, KelImageSize size)
