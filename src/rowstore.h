@@ -72,6 +72,20 @@ struct PlaneStore {
     }
 };
 
+// ---- 4:2:2 pixel-order pairs --------------------------------------------------
+
+// Byte positions of Y0, Cb, Y1 and Cr (U and V in YUV) in the four bytes of a
+// pixel pair.  A pair cut short after two bytes (a last single pixel) lacks
+// the chroma sample stored at position 2 or 3.
+struct PairLayout {
+    int y0, cb, y1, cr;
+
+    constexpr bool cbMissing() const { return cb >= 2; }
+    // Where the missing sample lies in the pair before, counted from the cut pair.
+    constexpr int missingFromBefore() const { return (cbMissing() ? cb : cr) - 4; }
+};
+inline constexpr PairLayout kYCbCrPair{0, 1, 2, 3}, kYCrCbPair{0, 3, 2, 1}, kCbYCrPair{1, 0, 3, 2};
+
 // ---- blocks -----------------------------------------------------------------
 
 // Kernels that the compiler vectorises work in blocks of 64 pixels: each pass
