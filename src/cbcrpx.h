@@ -20,25 +20,47 @@ inline std::uint8_t saturateChroma(std::int32_t v)
     return saturateByte(v + 128);
 }
 
-// RGB -> studio-range YCbCr, 16 fractional bits.  Every sum is non-negative
-// and below 2^24, so the shifted results are bytes with no clamp.
+// ---- RGB -> studio-range YCbCr, 16 fractional bits ------------------------------
+
+// The weighted sums of the forward direction, before offset and shift: every
+// forward kernel, at full resolution or over a chroma cell, is built on these.
+// For one pixel the luma sum is at most 255 x 56296 and a difference at most
+// 255 x 28770 either way, so the sums over a cell of four pixels stay far
+// inside 32 bits.
+inline std::int32_t lumaSum(std::int32_t r, std::int32_t g, std::int32_t b)
+{
+    return 16843 * r + 33030 * g + 6423 * b;
+}
+inline std::int32_t blueDifference(std::int32_t r, std::int32_t g, std::int32_t b)
+{
+    return -9699 * r - 19071 * g + 28770 * b;
+}
+inline std::int32_t redDifference(std::int32_t r, std::int32_t g, std::int32_t b)
+{
+    return 28770 * r - 24117 * g - 4653 * b;
+}
+
+// One pixel at full resolution.  The offsets are the format's 16 or 128 plus
+// the rounding half 0x8000; every sum is then non-negative and below 2^24, so
+// the shifted results are bytes with no clamp.
 struct ForwardYCbCr {
     static std::uint8_t y(std::int32_t r, std::int32_t g, std::int32_t b)
     {
-        return static_cast<std::uint8_t>((16843 * r + 33030 * g + 6423 * b + 0x108000) >> 16);
+        return static_cast<std::uint8_t>((lumaSum(r, g, b) + 0x108000) >> 16);
     }
     static std::uint8_t cb(std::int32_t r, std::int32_t g, std::int32_t b)
     {
-        return static_cast<std::uint8_t>((-9699 * r - 19071 * g + 28770 * b + 0x808000) >> 16);
+        return static_cast<std::uint8_t>((blueDifference(r, g, b) + 0x808000) >> 16);
     }
     static std::uint8_t cr(std::int32_t r, std::int32_t g, std::int32_t b)
     {
-        return static_cast<std::uint8_t>((28770 * r - 24117 * g - 4653 * b + 0x808000) >> 16);
+        return static_cast<std::uint8_t>((redDifference(r, g, b) + 0x808000) >> 16);
     }
 };
 
-// Studio-range YCbCr -> RGB, 16 fractional bits.  The sets differ in the
-// last places of their coefficients, in their rounding (an offset with or
+// ---- studio-range YCbCr -> RGB, 16 fractional bits ------------------------------
+
+// The inverse sets differ in the last places of their coefficients, in their rounding (an offset with or
 // without the half 0x8000) and in whether chroma is centred on 128 before the
 // products (chromaZero 128) or the centring is folded into the offsets
 // (chromaZero 0).  Each member takes exactly its own set.
