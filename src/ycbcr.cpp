@@ -5,8 +5,11 @@
 
 #include "callframe.h"
 #include "cbcrpx.h"
+#include "rowstore.h"
 
 using namespace kel;
+
+// ---- layers behind the public functions ------------------------------------
 
 void myRGBToYCbCr_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myRGBToYCbCr_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
@@ -16,73 +19,6 @@ void myYCbCrToRGBA_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep
 void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height);
 void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 
-// ---- public functions ---------------------------------------------------------
-
-extern "C" {
-
-KEL_API KelResult keliRGBToYCbCr_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    myRGBToYCbCr_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliRGBToYCbCr_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    myRGBToYCbCr_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliRGBToYCbCr_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))                     return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))                return kelErrSize;
-    if (anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer;
-    myRGBToYCbCr_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliYCbCrToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    myYCbCrToRGB_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliYCbCrToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    myYCbCrToRGBA_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliYCbCrToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))                     return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))                return kelErrSize;
-    if (anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer;
-    myYCbCrToRGB_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    if (anyNullPlane(pSrc))        return kelErrNullPointer;
-    myYCbCrToRGB_8u_P3C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
-
-} // extern "C"
-
-// ---- row kernels (declared ahead of the row layers that call them) ---------
-
 void innerRGBToYCbCr_C3_C3R(const Kel8u* src, Kel8u* dst, int width);
 void innerRGBToYCbCr_AC4R(const Kel8u* src, Kel8u* dst, int width);
 void innerRGBToYCbCr_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
@@ -91,67 +27,113 @@ void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width);
 void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
 void innerYCbCrToRGB_8u_P3C3R(const Kel8u* const src[3], Kel8u* dst, int width);
 
+// ---- public functions ---------------------------------------------------------
+
+extern "C" {
+
+KEL_API KelResult keliRGBToYCbCr_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myRGBToYCbCr_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYCbCr_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myRGBToYCbCr_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliRGBToYCbCr_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myRGBToYCbCr_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myYCbCrToRGB_C3_C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myYCbCrToRGBA_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myYCbCrToRGB_C3P2_C3P2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    myYCbCrToRGB_8u_P3C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
+}
+
+} // extern "C"
+
 // ---- row layers: the plain walk over rows, row 0 first ----------------------
-
-namespace {
-
-template <typename Kernel, typename S, typename D>
-inline void pixelOrderRows(Kernel kernel, S* src, int srcStep, D* dst, int dstStep, int width, int height)
-{
-    for (int y = 0; y < height; ++y)
-        kernel(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), width);
-}
-
-// Planar rows: every plane steps by the one stride its image has.
-template <typename Kernel, typename Dst>
-inline void planarRows(Kernel kernel, const Kel8u* const src[3], int srcStep, Dst dst, int dstStep, int width, int height)
-{
-    for (int y = 0; y < height; ++y) {
-        const Kel8u* srcRow[3] = {rowAt(src[0], srcStep, y), rowAt(src[1], srcStep, y), rowAt(src[2], srcStep, y)};
-        if constexpr (std::is_same_v<Dst, Kel8u*>) {
-            kernel(srcRow, rowAt(dst, dstStep, y), width);
-        } else {
-            Kel8u* dstRow[3] = {rowAt(dst[0], dstStep, y), rowAt(dst[1], dstStep, y), rowAt(dst[2], dstStep, y)};
-            kernel(srcRow, dstRow, width);
-        }
-    }
-}
-
-} // namespace
 
 void myRGBToYCbCr_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    pixelOrderRows(innerRGBToYCbCr_C3_C3R, pSrc, srcStep, pDst, dstStep, width, height);
+    forEachRow(height, [&](int y) { innerRGBToYCbCr_C3_C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myRGBToYCbCr_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    pixelOrderRows(innerRGBToYCbCr_AC4R, pSrc, srcStep, pDst, dstStep, width, height);
+    forEachRow(height, [&](int y) { innerRGBToYCbCr_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
+// Planar images: every plane steps by the one stride its image has.
 void myRGBToYCbCr_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
 {
-    planarRows(innerRGBToYCbCr_C3P2_C3P2R, pSrc, srcStep, pDst, dstStep, width, height);
+    const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlaneRows<Kel8u> dst(pDst, dstStep);
+    forEachRow(height, [&](int y) {
+        const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
+        Kel8u* const dstRow[3] = {dst.row(0, y), dst.row(1, y), dst.row(2, y)};
+        innerRGBToYCbCr_C3P2_C3P2R(srcRow, dstRow, width);
+    });
 }
 
 void myYCbCrToRGB_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    pixelOrderRows(innerYCbCrToRGB_C3_C3R, pSrc, srcStep, pDst, dstStep, width, height);
+    forEachRow(height, [&](int y) { innerYCbCrToRGB_C3_C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myYCbCrToRGBA_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    pixelOrderRows(innerYCbCrToRGB_AC4R, pSrc, srcStep, pDst, dstStep, width, height);
+    forEachRow(height, [&](int y) { innerYCbCrToRGB_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
 {
-    planarRows(innerYCbCrToRGB_C3P2_C3P2R, pSrc, srcStep, pDst, dstStep, width, height);
+    const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlaneRows<Kel8u> dst(pDst, dstStep);
+    forEachRow(height, [&](int y) {
+        const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
+        Kel8u* const dstRow[3] = {dst.row(0, y), dst.row(1, y), dst.row(2, y)};
+        innerYCbCrToRGB_C3P2_C3P2R(srcRow, dstRow, width);
+    });
 }
 
 void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    planarRows(innerYCbCrToRGB_8u_P3C3R, pSrc, srcStep, pDst, dstStep, width, height);
+    const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    forEachRow(height, [&](int y) {
+        const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
+        innerYCbCrToRGB_8u_P3C3R(srcRow, rowAt(pDst, dstStep, y), width);
+    });
 }
 
 // ---- row kernels ------------------------------------------------------------
@@ -249,15 +231,13 @@ void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width)
 // planes convert as the pixel loop does.
 void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width)
 {
-    constexpr int kBlock = 64;
     Kel8u r[kBlock], g[kBlock], b[kBlock];
-    for (int x0 = 0; x0 < width; x0 += kBlock) {
-        const int n = width - x0 < kBlock ? width - x0 : kBlock;
+    forEachBlock(width, [&](int x0, int n) {
         convertRow<ToRGB<inverseT>, 1, 1>(src[0] + x0, src[1] + x0, src[2] + x0, r, g, b, n);
         std::memcpy(dst[0] + x0, r, static_cast<std::size_t>(n));
         std::memcpy(dst[1] + x0, g, static_cast<std::size_t>(n));
         std::memcpy(dst[2] + x0, b, static_cast<std::size_t>(n));
-    }
+    });
 }
 
 void innerYCbCrToRGB_8u_P3C3R(const Kel8u* const src[3], Kel8u* dst, int width)
