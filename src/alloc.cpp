@@ -19,24 +19,7 @@ KEL_API int i_min_version = 0;
 
 namespace {
 
-// The raw address is kept in the pointer-wide word just below the block; the
-// margin covers that word, up to 31 bytes of alignment and one tail byte.
-constexpr std::size_t kAlign = 32;
-constexpr std::size_t kMargin = sizeof(void*) + (kAlign - 1) + 1;
-
-void* alignedBlock(std::int32_t len, std::int32_t elementSize)
-{
-    if (len < 1) return nullptr;
-    // The byte count is a 32-bit product; callers keep it below 2^31.
-    const std::int32_t bytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(len) *
-                                                          static_cast<std::uint32_t>(elementSize));
-    void* raw = i_malloc(static_cast<std::size_t>(static_cast<std::uint32_t>(bytes)) + kMargin);
-    if (raw == nullptr) return nullptr;
-    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(raw);
-    const std::uintptr_t block = (start + kMargin - 1) & ~static_cast<std::uintptr_t>(kAlign - 1);
-    std::memcpy(reinterpret_cast<void*>(block - sizeof(void*)), &raw, sizeof(void*));
-    return reinterpret_cast<void*>(block);
-}
+void* alignedBlock(std::int32_t len, std::int32_t elementSize);
 
 } // namespace
 
@@ -66,3 +49,28 @@ KEL_API void kelsFree(void* ptr)
 }
 
 } // extern "C"
+
+// ---- the aligned block ------------------------------------------------------
+
+namespace {
+
+// The raw address is kept in the pointer-wide word just below the block; the
+// margin covers that word, up to 31 bytes of alignment and one tail byte.
+constexpr std::size_t kAlign = 32;
+constexpr std::size_t kMargin = sizeof(void*) + (kAlign - 1) + 1;
+
+void* alignedBlock(std::int32_t len, std::int32_t elementSize)
+{
+    if (len < 1) return nullptr;
+    // The byte count is a 32-bit product; callers keep it below 2^31.
+    const std::int32_t bytes = static_cast<std::int32_t>(static_cast<std::uint32_t>(len) *
+                                                          static_cast<std::uint32_t>(elementSize));
+    void* raw = i_malloc(static_cast<std::size_t>(static_cast<std::uint32_t>(bytes)) + kMargin);
+    if (raw == nullptr) return nullptr;
+    const std::uintptr_t start = reinterpret_cast<std::uintptr_t>(raw);
+    const std::uintptr_t block = (start + kMargin - 1) & ~static_cast<std::uintptr_t>(kAlign - 1);
+    std::memcpy(reinterpret_cast<void*>(block - sizeof(void*)), &raw, sizeof(void*));
+    return reinterpret_cast<void*>(block);
+}
+
+} // namespace

@@ -16,52 +16,139 @@ void innerLabToBGR_16u8u_C3R(const Kel16u* src, Kel8u* dst, int width);
 namespace {
 
 template <typename Src, typename Dst>
-KelResult labCall(void (*kernel)(const Src*, Dst*, int), const Src* pSrc, int srcStep, Dst* pDst, int dstStep,
-                  KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))  return kelErrNullPointer;
-    if (roiSize.width < 1)    return kelErrSize;
-    if (roiSize.height < 1)   return kelErrSize;
-    const int width = roiSize.width;
-    shareRowsAlways(roiSize.height, [=](int y) {
-        kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
-    });
-    return kelOk;
-}
+void labRows(void (*kernel)(const Src*, Dst*, int), const Src* pSrc, int srcStep, Dst* pDst, int dstStep, int width,
+             int height);
 
 } // namespace
 
-// ---- public functions: each opens the parallel region itself ---------------
+// ---- public functions: pointers, then size; strides are not tested ----------
 
 extern "C" {
 
 KEL_API KelResult keliBGRToLab_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    return labCall(innerBGRToLab_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    labRows(innerBGRToLab_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
 }
 
 KEL_API KelResult keliBGRToLab_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize)
 {
-    return labCall(innerBGRToLab_8u16u_C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    labRows(innerBGRToLab_8u16u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    return labCall(innerLabToBGR_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    labRows(innerLabToBGR_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    return labCall(innerLabToBGR_16u8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize);
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
+    labRows(innerLabToBGR_16u8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    return kelOk;
 }
 
 } // extern "C"
 
-// ---- row kernels ------------------------------------------------------------
+// ---- row layer: the parallel region opens at every size -----------------------
+
+namespace {
+
+template <typename Src, typename Dst>
+void labRows(void (*kernel)(const Src*, Dst*, int), const Src* pSrc, int srcStep, Dst* pDst, int dstStep, int width,
+             int height)
+{
+    shareRowsAlways(height, [=](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+}
+
+} // namespace
+
+// ---- row kernels --------------------------------------------------------------
 
 namespace {
 
 using Ext = long double;
+
+struct Lab {
+    Ext L, a, b;
+};
+
+template <typename LType>
+Lab bgrToLab(Ext B, Ext G, Ext R);
+template <bool ZTermFirstInBlue>
+void labToXYZToBGR(Ext P, Ext Q, Ext W, Ext rounding, Kel8u* out);
+
+} // namespace
+
+// Up to three pow calls a pixel: a pixel equal to the one before it (flat
+// areas) takes that pixel's codes again, which are the same by construction.
+// The previous colour is kept aside, so a conversion in place works too.
+void innerBGRToLab_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    int previous = -1;  // no 24-bit colour equals it
+    Kel8u L = 0, a = 0, b = 0;
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
+        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
+        if (colour != previous) {
+            const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
+            L = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
+            a = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
+            b = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
+            previous = colour;
+        }
+        dst[0] = L;
+        dst[1] = a;
+        dst[2] = b;
+    }
+}
+
+void innerBGRToLab_8u16u_C3R(const Kel8u* src, Kel16u* dst, int width)
+{
+    int previous = -1;
+    Kel16u L = 0, a = 0, b = 0;
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
+        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
+        if (colour != previous) {
+            const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
+            L = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
+            a = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
+            b = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
+            previous = colour;
+        }
+        dst[0] = L;
+        dst[1] = a;
+        dst[2] = b;
+    }
+}
+
+void innerLabToBGR_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
+        const Ext P = ((static_cast<Ext>(src[0] * 100)) / 255 + 16) / 116;
+        const Ext Q = static_cast<Ext>(src[1] - 128) / 500 + P;
+        const Ext W = P - static_cast<Ext>(src[2] - 128) / 200;
+        labToXYZToBGR<true>(P, Q, W, 0.5L, dst);
+    }
+}
+
+void innerLabToBGR_16u8u_C3R(const Kel16u* src, Kel8u* dst, int width)
+{
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
+        const Ext P = ((static_cast<Ext>(src[0]) * 100) / 65535 + 16) / 116;
+        const Ext Q = ((static_cast<Ext>(src[1]) / 255) - 128) / 500 + P;
+        const Ext W = P - ((static_cast<Ext>(src[2]) / 255) - 128) / 200;
+        labToXYZToBGR<false>(P, Q, W, 0.0L, dst);
+    }
+}
+
+// ---- the conversions of one pixel ----------------------------------------------
+
+namespace {
 
 // Every constant is a 32-bit float widened exactly, but the exponent, which is
 // the double holding the float nearest 1/3.
@@ -88,10 +175,6 @@ Ext cubeRoot(Ext v)
 
 Ext roundToFloat(Ext v) { return static_cast<Ext>(static_cast<float>(v)); }
 Ext roundToDouble(Ext v) { return static_cast<Ext>(static_cast<double>(v)); }
-
-struct Lab {
-    Ext L, a, b;
-};
 
 // The forward steps, with the roundings to float and double exactly where
 // they fall: they decide codes that sit on a rounding boundary.  LType is the
@@ -156,64 +239,3 @@ void labToXYZToBGR(Ext P, Ext Q, Ext W, Ext rounding, Kel8u* out)
 }
 
 } // namespace
-
-// Up to three pow calls a pixel: a pixel equal to the one before it (flat
-// areas) takes that pixel's codes again, which are the same by construction.
-// The previous colour is kept aside, so a conversion in place works too.
-void innerBGRToLab_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
-{
-    int previous = -1;  // no 24-bit colour equals it
-    Kel8u L = 0, a = 0, b = 0;
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
-        if (colour != previous) {
-            const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
-            L = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
-            a = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
-            b = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
-            previous = colour;
-        }
-        dst[0] = L;
-        dst[1] = a;
-        dst[2] = b;
-    }
-}
-
-void innerBGRToLab_8u16u_C3R(const Kel8u* src, Kel16u* dst, int width)
-{
-    int previous = -1;
-    Kel16u L = 0, a = 0, b = 0;
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
-        if (colour != previous) {
-            const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
-            L = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
-            a = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
-            b = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
-            previous = colour;
-        }
-        dst[0] = L;
-        dst[1] = a;
-        dst[2] = b;
-    }
-}
-
-void innerLabToBGR_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
-{
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Ext P = ((static_cast<Ext>(src[0] * 100)) / 255 + 16) / 116;
-        const Ext Q = static_cast<Ext>(src[1] - 128) / 500 + P;
-        const Ext W = P - static_cast<Ext>(src[2] - 128) / 200;
-        labToXYZToBGR<true>(P, Q, W, 0.5L, dst);
-    }
-}
-
-void innerLabToBGR_16u8u_C3R(const Kel16u* src, Kel8u* dst, int width)
-{
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Ext P = ((static_cast<Ext>(src[0]) * 100) / 65535 + 16) / 116;
-        const Ext Q = ((static_cast<Ext>(src[1]) / 255) - 128) / 500 + P;
-        const Ext W = P - ((static_cast<Ext>(src[2]) / 255) - 128) / 200;
-        labToXYZToBGR<false>(P, Q, W, 0.0L, dst);
-    }
-}

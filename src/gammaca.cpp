@@ -2,6 +2,7 @@
 // 16-bit and float images in C3, AC4 and planar layouts, in place or not.
 #include <cmath>
 #include <cstdint>
+#include <type_traits>
 
 #include "alloc.h"
 #include "callframe.h"
@@ -14,6 +15,8 @@ void owniGammaInitInv16u(Kel16u* table);
 
 namespace {
 
+using Ext = long double;
+
 enum class Direction { Fwd, Inv };
 enum class Walk { C3, AC4, P3 };
 
@@ -22,12 +25,185 @@ using SrcArg = std::conditional_t<W == Walk::P3, const T* const*, const T*>;
 template <typename T, Walk W>
 using DstArg = std::conditional_t<W == Walk::P3, T* const*, T*>;
 
-template <typename T, Walk W>
-bool anyNullImage(SrcArg<T, W> src, DstArg<T, W> dst)
+// Defined below, in the order a call meets them.
+template <typename Src, typename Dst>
+KelResult testGammaArguments(Src src, int srcStep, Dst dst, int dstStep, KelImageSize roi);
+bool emptyRange(Kel32f rangeLow, Kel32f rangeHigh);
+
+template <typename T, Direction D, Walk W>
+KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, KelImageSize roi);
+template <Direction D, Walk W>
+void gammaRows32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int dstStep, KelImageSize roi,
+                  Kel32f rangeLow, Kel32f rangeHigh);
+template <typename T, Walk W, typename Op>
+void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Op& op);
+
+// The kernels: one sample each.
+Kel16u gammaFwd16(int v);
+Kel16u gammaInv16(int v);
+
+// A 32f call's range as the kernels use it.
+struct Range32f {
+    Ext low;
+    Ext scale;    // 1 / (high - low), held as a double
+    Ext range32;  // high - low, rounded to a float
+};
+Range32f rangeOf(Kel32f low, Kel32f high);
+Kel32f gammaFwd32(Kel32f sample, const Range32f& r);
+Kel32f gammaInv32(Kel32f sample, const Range32f& r);
+
+} // namespace
+
+// ---- public functions ----------------------------------------------------------
+
+// Every member once.  Apart(name, ...) takes a source and a destination,
+// InPlace(name, ...) one image that is read and written; the 32f members also
+// take the range of their samples (ApartRange, InPlaceRange).
+#define KEL_GAMMA_MEMBERS(Apart, InPlace, ApartRange, InPlaceRange) \
+    Apart(keliGammaFwd_8u_C3R,           Kel8u,  Fwd, C3)  \
+    InPlace(keliGammaFwd_8u_C3IR,        Kel8u,  Fwd, C3)  \
+    Apart(keliGammaFwd_8u_AC4R,          Kel8u,  Fwd, AC4) \
+    InPlace(keliGammaFwd_8u_AC4IR,       Kel8u,  Fwd, AC4) \
+    Apart(keliGammaFwd_8u_P3R,           Kel8u,  Fwd, P3)  \
+    InPlace(keliGammaFwd_8u_IP3R,        Kel8u,  Fwd, P3)  \
+    Apart(keliGammaInv_8u_C3R,           Kel8u,  Inv, C3)  \
+    InPlace(keliGammaInv_8u_C3IR,        Kel8u,  Inv, C3)  \
+    Apart(keliGammaInv_8u_AC4R,          Kel8u,  Inv, AC4) \
+    InPlace(keliGammaInv_8u_AC4IR,       Kel8u,  Inv, AC4) \
+    Apart(keliGammaInv_8u_P3R,           Kel8u,  Inv, P3)  \
+    InPlace(keliGammaInv_8u_IP3R,        Kel8u,  Inv, P3)  \
+    Apart(keliGammaFwd_16u_C3R,          Kel16u, Fwd, C3)  \
+    InPlace(keliGammaFwd_16u_C3IR,       Kel16u, Fwd, C3)  \
+    Apart(keliGammaFwd_16u_AC4R,         Kel16u, Fwd, AC4) \
+    InPlace(keliGammaFwd_16u_AC4IR,      Kel16u, Fwd, AC4) \
+    Apart(keliGammaFwd_16u_P3R,          Kel16u, Fwd, P3)  \
+    InPlace(keliGammaFwd_16u_IP3R,       Kel16u, Fwd, P3)  \
+    Apart(keliGammaInv_16u_C3R,          Kel16u, Inv, C3)  \
+    InPlace(keliGammaInv_16u_C3IR,       Kel16u, Inv, C3)  \
+    Apart(keliGammaInv_16u_AC4R,         Kel16u, Inv, AC4) \
+    InPlace(keliGammaInv_16u_AC4IR,      Kel16u, Inv, AC4) \
+    Apart(keliGammaInv_16u_P3R,          Kel16u, Inv, P3)  \
+    InPlace(keliGammaInv_16u_IP3R,       Kel16u, Inv, P3)  \
+    ApartRange(keliGammaFwd_32f_C3R,     Kel32f, Fwd, C3)  \
+    InPlaceRange(keliGammaFwd_32f_C3IR,  Kel32f, Fwd, C3)  \
+    ApartRange(keliGammaFwd_32f_AC4R,    Kel32f, Fwd, AC4) \
+    InPlaceRange(keliGammaFwd_32f_AC4IR, Kel32f, Fwd, AC4) \
+    ApartRange(keliGammaFwd_32f_P3R,     Kel32f, Fwd, P3)  \
+    InPlaceRange(keliGammaFwd_32f_IP3R,  Kel32f, Fwd, P3)  \
+    ApartRange(keliGammaInv_32f_C3R,     Kel32f, Inv, C3)  \
+    InPlaceRange(keliGammaInv_32f_C3IR,  Kel32f, Inv, C3)  \
+    ApartRange(keliGammaInv_32f_AC4R,    Kel32f, Inv, AC4) \
+    InPlaceRange(keliGammaInv_32f_AC4IR, Kel32f, Inv, AC4) \
+    ApartRange(keliGammaInv_32f_P3R,     Kel32f, Inv, P3)  \
+    InPlaceRange(keliGammaInv_32f_IP3R,  Kel32f, Inv, P3)
+
+#define KEL_GAMMA_APART(NAME, T, DIRECTION, WALK)                                                                  \
+    KEL_API KelResult NAME(SrcArg<T, Walk::WALK> pSrc, int srcStep, DstArg<T, Walk::WALK> pDst, int dstStep,     \
+                           KelImageSize roiSize)                                                                  \
+    {                                                                                                             \
+        if (const KelResult bad = testGammaArguments(pSrc, srcStep, pDst, dstStep, roiSize)) return bad;          \
+        return gammaRows<T, Direction::DIRECTION, Walk::WALK>(pSrc, srcStep, pDst, dstStep, roiSize);            \
+    }
+#define KEL_GAMMA_IN_PLACE(NAME, T, DIRECTION, WALK)                                                               \
+    KEL_API KelResult NAME(DstArg<T, Walk::WALK> pSrcDst, int srcDstStep, KelImageSize roiSize)                   \
+    {                                                                                                             \
+        if (const KelResult bad = testGammaArguments(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize)) return bad; \
+        return gammaRows<T, Direction::DIRECTION, Walk::WALK>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); \
+    }
+// The range comes before every other test.
+#define KEL_GAMMA_APART_RANGE(NAME, T, DIRECTION, WALK)                                                            \
+    KEL_API KelResult NAME(SrcArg<T, Walk::WALK> pSrc, int srcStep, DstArg<T, Walk::WALK> pDst, int dstStep,     \
+                           KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh)                               \
+    {                                                                                                             \
+        if (emptyRange(rangeLow, rangeHigh)) return kelErrGammaRange;                                             \
+        if (const KelResult bad = testGammaArguments(pSrc, srcStep, pDst, dstStep, roiSize)) return bad;          \
+        gammaRows32f<Direction::DIRECTION, Walk::WALK>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); \
+        return kelOk;                                                                                             \
+    }
+#define KEL_GAMMA_IN_PLACE_RANGE(NAME, T, DIRECTION, WALK)                                                         \
+    KEL_API KelResult NAME(DstArg<T, Walk::WALK> pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,  \
+                           Kel32f rangeHigh)                                                                      \
+    {                                                                                                             \
+        if (emptyRange(rangeLow, rangeHigh)) return kelErrGammaRange;                                             \
+        if (const KelResult bad = testGammaArguments(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize)) return bad; \
+        gammaRows32f<Direction::DIRECTION, Walk::WALK>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, \
+                                                       rangeHigh);                                                \
+        return kelOk;                                                                                             \
+    }
+
+extern "C" {
+KEL_GAMMA_MEMBERS(KEL_GAMMA_APART, KEL_GAMMA_IN_PLACE, KEL_GAMMA_APART_RANGE, KEL_GAMMA_IN_PLACE_RANGE)
+} // extern "C"
+
+#undef KEL_GAMMA_APART
+#undef KEL_GAMMA_IN_PLACE
+#undef KEL_GAMMA_APART_RANGE
+#undef KEL_GAMMA_IN_PLACE_RANGE
+
+namespace {
+
+// ---- argument tests -------------------------------------------------------------
+
+// The pointers and the planes inside the arrays, the size, then the strides
+// (an in-place member's one stride stands for both).
+template <typename Src, typename Dst>
+KelResult testGammaArguments(Src src, int srcStep, Dst dst, int dstStep, KelImageSize roi)
 {
-    if (anyNull(src, dst)) return true;
-    if constexpr (W == Walk::P3) return anyNullPlane(src) || anyNullPlane(dst);
-    return false;
+    if (const KelResult bad = testPlanesWithPointers(roi, 1, 1, src, dst))  return bad;
+    if (stepBelowOne(srcStep, dstStep))                                     return kelErrStep;
+    return kelOk;
+}
+
+// A range that is empty or reversed; a NaN bound is not refused.
+bool emptyRange(Kel32f rangeLow, Kel32f rangeHigh)
+{
+    return static_cast<Ext>(rangeHigh) - static_cast<Ext>(rangeLow) <= 0;
+}
+
+// ---- row layers -------------------------------------------------------------------
+
+// Images of more than this many treated samples go through a 65536-entry table.
+constexpr std::int32_t kDirectSamples = 65536;
+
+// 8u looks every sample up in the constant tables; 16u evaluates small images
+// directly and larger ones through a table built for the call.
+template <typename T, Direction D, Walk W>
+KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, KelImageSize roi)
+{
+    if constexpr (std::is_same_v<T, Kel8u>) {
+        const Kel8u* table = D == Direction::Fwd ? tableFwd8u : tableInv8u;
+        gammaImage<Kel8u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                             [table](Kel8u s) { return table[s]; });
+        return kelOk;
+    } else {
+        // Three treated channels also for AC4; a product past 2^31 wraps and may
+        // choose the direct path, which gives the same samples.
+        const std::int32_t samples = static_cast<std::int32_t>(static_cast<std::uint32_t>(roi.width) * 3u *
+                                                                static_cast<std::uint32_t>(roi.height));
+        if (samples <= kDirectSamples) {
+            gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                                  [](Kel16u s) { return D == Direction::Fwd ? gammaFwd16(s) : gammaInv16(s); });
+            return kelOk;
+        }
+        const ScratchBlock<Kel16u> table(kelsMalloc_16u(65536));
+        if (!table) return kelErrNoMemory;
+        if (D == Direction::Fwd) owniGammaInitFwd16u(table.get()); else owniGammaInitInv16u(table.get());
+        const Kel16u* lookup = table.get();
+        gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                              [lookup](Kel16u s) { return lookup[s]; });
+        return kelOk;
+    }
+}
+
+// 32f evaluates every sample directly over the caller's range.
+template <Direction D, Walk W>
+void gammaRows32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int dstStep, KelImageSize roi,
+                  Kel32f rangeLow, Kel32f rangeHigh)
+{
+    const Range32f range = rangeOf(rangeLow, rangeHigh);
+    gammaImage<Kel32f, W>(src, srcStep, dst, dstStep, roi.width, roi.height, [&range](Kel32f s) {
+        return D == Direction::Fwd ? gammaFwd32(s, range) : gammaInv32(s, range);
+    });
 }
 
 // Applies op to every treated sample: C3 rows are width * 3 samples, AC4 takes
@@ -58,23 +234,7 @@ void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, in
     }
 }
 
-// ---- 8u: the constant tables -------------------------------------------------
-
-template <Direction D, Walk W>
-KelResult gamma8u(SrcArg<Kel8u, W> src, int srcStep, DstArg<Kel8u, W> dst, int dstStep, KelImageSize roi)
-{
-    if (anyNullImage<Kel8u, W>(src, dst))  return kelErrNullPointer;
-    if (sizeBelow(roi, 1, 1))              return kelErrSize;
-    if (stepBelowOne(srcStep, dstStep))    return kelErrStep;
-    const Kel8u* table = D == Direction::Fwd ? tableFwd8u : tableInv8u;
-    gammaImage<Kel8u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                         [table](Kel8u s) { return table[s]; });
-    return kelOk;
-}
-
-// ---- 16u: direct evaluation, or a per-call table for large images ------------
-
-using Ext = long double;
+// ---- kernels ---------------------------------------------------------------------
 
 constexpr double d65535 = 1.5259021896696422e-05;  // 1 / 65535
 constexpr double d1099 = 0.9099181073703366;       // 1 / 1.099
@@ -113,41 +273,6 @@ Kel16u gammaInv16(int v)
     return nearestEven16(y);
 }
 
-// Images of more than this many treated samples go through a 65536-entry table.
-constexpr std::int32_t kDirectSamples = 65536;
-
-template <Direction D, Walk W>
-KelResult gamma16u(SrcArg<Kel16u, W> src, int srcStep, DstArg<Kel16u, W> dst, int dstStep, KelImageSize roi)
-{
-    if (anyNullImage<Kel16u, W>(src, dst))  return kelErrNullPointer;
-    if (sizeBelow(roi, 1, 1))               return kelErrSize;
-    if (stepBelowOne(srcStep, dstStep))     return kelErrStep;
-    // Three treated channels also for AC4; a product past 2^31 wraps and may
-    // choose the direct path, which gives the same samples.
-    const std::int32_t samples = static_cast<std::int32_t>(static_cast<std::uint32_t>(roi.width) * 3u *
-                                                            static_cast<std::uint32_t>(roi.height));
-    if (samples <= kDirectSamples) {
-        gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                              [](Kel16u s) { return D == Direction::Fwd ? gammaFwd16(s) : gammaInv16(s); });
-        return kelOk;
-    }
-    const ScratchBlock<Kel16u> table(kelsMalloc_16u(65536));
-    if (!table) return kelErrNoMemory;
-    if (D == Direction::Fwd) owniGammaInitFwd16u(table.get()); else owniGammaInitInv16u(table.get());
-    const Kel16u* lookup = table.get();
-    gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                          [lookup](Kel16u s) { return lookup[s]; });
-    return kelOk;
-}
-
-// ---- 32f: direct evaluation over the caller's range --------------------------
-
-struct Range32f {
-    Ext low;
-    Ext scale;    // 1 / (high - low), held as a double
-    Ext range32;  // high - low, rounded to a float
-};
-
 Range32f rangeOf(Kel32f low, Kel32f high)
 {
     const Ext range = static_cast<Ext>(high) - static_cast<Ext>(low);
@@ -174,68 +299,7 @@ Kel32f gammaInv32(Kel32f sample, const Range32f& r)
                                r.range32 + r.low);
 }
 
-template <Direction D, Walk W>
-KelResult gamma32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int dstStep, KelImageSize roi,
-                   Kel32f rangeLow, Kel32f rangeHigh)
-{
-    if (static_cast<Ext>(rangeHigh) - static_cast<Ext>(rangeLow) <= 0)  return kelErrGammaRange;
-    if (anyNullImage<Kel32f, W>(src, dst))                              return kelErrNullPointer;
-    if (sizeBelow(roi, 1, 1))                                           return kelErrSize;
-    if (stepBelowOne(srcStep, dstStep))                                 return kelErrStep;
-    const Range32f range = rangeOf(rangeLow, rangeHigh);
-    gammaImage<Kel32f, W>(src, srcStep, dst, dstStep, roi.width, roi.height, [&range](Kel32f s) {
-        return D == Direction::Fwd ? gammaFwd32(s, range) : gammaInv32(s, range);
-    });
-    return kelOk;
-}
-
 } // namespace
-
-// ---- public functions: one line each ------------------------------------------
-
-#define KEL_GAMMA_8U_16U(STEM, DIR, T, TAG, FN)                                                                          \
-    KEL_API KelResult STEM##_##TAG##_C3R(const T* pSrc, int srcStep, T* pDst, int dstStep, KelImageSize roiSize)          \
-    { return FN<DIR, Walk::C3>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                 \
-    KEL_API KelResult STEM##_##TAG##_C3IR(T* pSrcDst, int srcDstStep, KelImageSize roiSize)                              \
-    { return FN<DIR, Walk::C3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }                                     \
-    KEL_API KelResult STEM##_##TAG##_AC4R(const T* pSrc, int srcStep, T* pDst, int dstStep, KelImageSize roiSize)         \
-    { return FN<DIR, Walk::AC4>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                \
-    KEL_API KelResult STEM##_##TAG##_AC4IR(T* pSrcDst, int srcDstStep, KelImageSize roiSize)                             \
-    { return FN<DIR, Walk::AC4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }                                    \
-    KEL_API KelResult STEM##_##TAG##_P3R(const T* const pSrc[3], int srcStep, T* const pDst[3], int dstStep,              \
-                                         KelImageSize roiSize)                                                           \
-    { return FN<DIR, Walk::P3>(pSrc, srcStep, pDst, dstStep, roiSize); }                                                 \
-    KEL_API KelResult STEM##_##TAG##_IP3R(T* const pSrcDst[3], int srcDstStep, KelImageSize roiSize)                     \
-    { return FN<DIR, Walk::P3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize); }
-
-#define KEL_GAMMA_32F(STEM, DIR)                                                                                         \
-    KEL_API KelResult STEM##_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize,   \
-                                     Kel32f rangeLow, Kel32f rangeHigh)                                                  \
-    { return gamma32f<DIR, Walk::C3>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                      \
-    KEL_API KelResult STEM##_32f_C3IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,            \
-                                      Kel32f rangeHigh)                                                                  \
-    { return gamma32f<DIR, Walk::C3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }          \
-    KEL_API KelResult STEM##_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize,  \
-                                      Kel32f rangeLow, Kel32f rangeHigh)                                                 \
-    { return gamma32f<DIR, Walk::AC4>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                     \
-    KEL_API KelResult STEM##_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,           \
-                                       Kel32f rangeHigh)                                                                 \
-    { return gamma32f<DIR, Walk::AC4>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }         \
-    KEL_API KelResult STEM##_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep,       \
-                                     KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh)                            \
-    { return gamma32f<DIR, Walk::P3>(pSrc, srcStep, pDst, dstStep, roiSize, rangeLow, rangeHigh); }                      \
-    KEL_API KelResult STEM##_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow,   \
-                                      Kel32f rangeHigh)                                                                  \
-    { return gamma32f<DIR, Walk::P3>(pSrcDst, srcDstStep, pSrcDst, srcDstStep, roiSize, rangeLow, rangeHigh); }
-
-extern "C" {
-KEL_GAMMA_8U_16U(keliGammaFwd, Direction::Fwd, Kel8u, 8u, gamma8u)
-KEL_GAMMA_8U_16U(keliGammaInv, Direction::Inv, Kel8u, 8u, gamma8u)
-KEL_GAMMA_8U_16U(keliGammaFwd, Direction::Fwd, Kel16u, 16u, gamma16u)
-KEL_GAMMA_8U_16U(keliGammaInv, Direction::Inv, Kel16u, 16u, gamma16u)
-KEL_GAMMA_32F(keliGammaFwd, Direction::Fwd)
-KEL_GAMMA_32F(keliGammaInv, Direction::Inv)
-} // extern "C"
 
 // ---- the per-call 16-bit tables ----------------------------------------------
 

@@ -1,9 +1,6 @@
 // Blue-first 8-bit pixels <-> HLS between plane and pixel-order layouts,
-// carrying alpha across where both sides have it.  Results truncate (addend
-// 1e-7), except keliBGRToHLS_8u_AC4R, which rounds as the RGB family does.
+// carrying alpha across where both sides have it.
 #include <array>
-#include <cstddef>
-#include <type_traits>
 
 #include "callframe.h"
 #include "hueconv.h"
@@ -12,122 +9,129 @@
 using namespace kel;
 using namespace kel::hue;
 
-#define KEL_HLS_PLANE_KERNELS(DIR)                                                                              \
-    void ownpi_##DIR##_8u_AP4(const Kel8u* const src[4], Kel8u* const dst[4], int width);                     \
-    void ownpi_##DIR##_8u_AP4C4(const Kel8u* const src[4], Kel8u* dst, int width);                            \
-    void ownpi_##DIR##_8u_AC4P4(const Kel8u* src, Kel8u* const dst[4], int width);                            \
-    void ownpi_##DIR##_8u_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width);                      \
-    void ownpi_##DIR##_8u_P3C3(const Kel8u* const src[3], Kel8u* dst, int width);                             \
-    void ownpi_##DIR##_8u_C3P3(const Kel8u* src, Kel8u* const dst[3], int width);
-KEL_HLS_PLANE_KERNELS(BGRToHLS)
-KEL_HLS_PLANE_KERNELS(HLSToBGR)
-#undef KEL_HLS_PLANE_KERNELS
-void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
-void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width);
-
 namespace {
 
-// ---- argument tests and the parallel region -------------------------------------
+// ---- layouts --------------------------------------------------------------------
 
-// Plane pointers are tested only on the planar sides.
-template <typename P>
-bool nullPlanes(P planes, int count)
-{
-    if constexpr (std::is_pointer_v<std::remove_pointer_t<P>>) return anyNullPlane(planes, count);
-    (void)count;
-    return false;
-}
+// One side of a member: an array of Count planes (one stride for all of them),
+// or a pixel-order row of Count samples a pixel.  A kernel takes the rows of
+// a planar side as an array of row pointers, and a pixel-order row as itself.
+template <int Count>
+struct Planes {
+    using Source = const Kel8u* const*;
+    using Destination = Kel8u* const*;
+    static constexpr int count = Count, pitch = 1;
 
-template <typename Src, typename Dst, typename RowKernel>
-KelResult planeFamilyCall(Src pSrc, int srcPlanes, int srcStep, Dst pDst, int dstPlanes, int dstStep,
-                          KelImageSize roiSize, RowKernel rowKernel)
-{
-    if (anyNull(pSrc, pDst))                                                return kelErrNullPointer;
-    if (nullPlanes(pSrc, srcPlanes) || nullPlanes(pDst, dstPlanes))         return kelErrNullPointer;
-    if (stepBelowOne(srcStep, dstStep))                                     return kelErrStep;
-    if (roiSize.width < 1)                                                  return kelErrSize;
-    if (roiSize.height < 1)                                                 return kelErrSize;
-    const int width = roiSize.width;
-    shareRowsAlways(roiSize.height, [&](int y) { rowKernel(y, width); });
-    return kelOk;
-}
+    template <typename T>
+    static bool nullPlane(T* const* planes) { return anyNullPlane(planes, Count); }
 
-// Row y of each plane of an array, or of a pixel-order image.
-template <typename T, int Count>
-std::array<T*, 4> planeRows(T* const* planes, int step, int y)
-{
-    std::array<T*, 4> rows{};
-    for (int p = 0; p < Count; ++p) rows[p] = rowAt(planes[p], step, y);
-    return rows;
-}
+    // Row y of every plane, for as long as the kernel call lasts.
+    template <typename T>
+    struct Rows {
+        T* row[Count];
+        operator T* const*() const { return row; }
+    };
+    template <typename T>
+    static Rows<T> rowsAt(T* const* planes, int step, int y)
+    {
+        const PlaneRows<T, Count> image(planes, step);
+        Rows<T> rows;
+        for (int p = 0; p < Count; ++p) rows.row[p] = image.row(p, y);
+        return rows;
+    }
+
+    // Channel c of pixel x lies at channels[c][x * pitch]; a fourth plane that
+    // is not there is null.
+    template <typename T>
+    static std::array<T*, 4> channels(T* const* planes)
+    {
+        if constexpr (Count == 4) return {planes[0], planes[1], planes[2], planes[3]};
+        else return {planes[0], planes[1], planes[2], nullptr};
+    }
+};
+
+template <int Count>
+struct Pixels {
+    using Source = const Kel8u*;
+    using Destination = Kel8u*;
+    static constexpr int count = Count, pitch = Count;
+
+    template <typename T>
+    static bool nullPlane(T*) { return false; }
+
+    template <typename T>
+    static T* rowsAt(T* base, int step, int y) { return rowAt(base, step, y); }
+
+    template <typename T>
+    static std::array<T*, 4> channels(T* row)
+    {
+        return {row, row + 1, row + 2, row + 3};
+    }
+};
+
+using Planes3 = Planes<3>;
+using Planes4 = Planes<4>;
+using Pixels3 = Pixels<3>;
+using Pixels4 = Pixels<4>;
+
+constexpr bool kToHLS = true, kFromHLS = false;
+
+template <bool ToHLS, int SrcPitch, int DstPitch, bool CopyAlpha, bool Rounding = false>
+void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width);
 
 } // namespace
 
+// X(public function, row kernel, source layout, destination layout, direction).
+// Alpha goes across in the members whose sides both have four channels.
+#define KEL_HLS_PLANE_MEMBERS(X)                                                    \
+    X(keliBGRToHLS_8u_AP4R,   ownpi_BGRToHLS_8u_AP4,   Planes4, Planes4, kToHLS)   \
+    X(keliBGRToHLS_8u_AP4C4R, ownpi_BGRToHLS_8u_AP4C4, Planes4, Pixels4, kToHLS)   \
+    X(keliBGRToHLS_8u_AC4P4R, ownpi_BGRToHLS_8u_AC4P4, Pixels4, Planes4, kToHLS)   \
+    X(keliBGRToHLS_8u_P3R,    ownpi_BGRToHLS_8u_P3,    Planes3, Planes3, kToHLS)   \
+    X(keliBGRToHLS_8u_P3C3R,  ownpi_BGRToHLS_8u_P3C3,  Planes3, Pixels3, kToHLS)   \
+    X(keliBGRToHLS_8u_C3P3R,  ownpi_BGRToHLS_8u_C3P3,  Pixels3, Planes3, kToHLS)   \
+    X(keliHLSToBGR_8u_AP4R,   ownpi_HLSToBGR_8u_AP4,   Planes4, Planes4, kFromHLS) \
+    X(keliHLSToBGR_8u_AP4C4R, ownpi_HLSToBGR_8u_AP4C4, Planes4, Pixels4, kFromHLS) \
+    X(keliHLSToBGR_8u_AC4P4R, ownpi_HLSToBGR_8u_AC4P4, Pixels4, Planes4, kFromHLS) \
+    X(keliHLSToBGR_8u_P3R,    ownpi_HLSToBGR_8u_P3,    Planes3, Planes3, kFromHLS) \
+    X(keliHLSToBGR_8u_P3C3R,  ownpi_HLSToBGR_8u_P3C3,  Planes3, Pixels3, kFromHLS) \
+    X(keliHLSToBGR_8u_C3P3R,  ownpi_HLSToBGR_8u_C3P3,  Pixels3, Planes3, kFromHLS)
+
+#define KEL_HLS_PLANE_DECLARE_KERNEL(NAME, KERNEL, SRC, DST, DIRECTION) \
+    void KERNEL(SRC::Source src, DST::Destination dst, int width);
+KEL_HLS_PLANE_MEMBERS(KEL_HLS_PLANE_DECLARE_KERNEL)
+#undef KEL_HLS_PLANE_DECLARE_KERNEL
+void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width);
+
 // ---- public functions ----------------------------------------------------------
 
-#define KEL_HLS_PLANE_PUBLIC(DIR)                                                                                 \
-    KEL_API KelResult keli##DIR##_8u_AP4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* const pDst[4],           \
-                                          int dstStep, KelImageSize roiSize)                                       \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 4, srcStep, pDst, 4, dstStep, roiSize, [=](int y, int width) {               \
-            const auto s = planeRows<const Kel8u, 4>(pSrc, srcStep, y);                                           \
-            const auto d = planeRows<Kel8u, 4>(pDst, dstStep, y);                                                 \
-            ownpi_##DIR##_8u_AP4(s.data(), d.data(), width);                                                      \
-        });                                                                                                       \
-    }                                                                                                             \
-    KEL_API KelResult keli##DIR##_8u_AP4C4R(const Kel8u* const pSrc[4], int srcStep, Kel8u* pDst, int dstStep,     \
-                                            KelImageSize roiSize)                                                  \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 4, srcStep, pDst, 0, dstStep, roiSize, [=](int y, int width) {               \
-            const auto s = planeRows<const Kel8u, 4>(pSrc, srcStep, y);                                           \
-            ownpi_##DIR##_8u_AP4C4(s.data(), rowAt(pDst, dstStep, y), width);                                     \
-        });                                                                                                       \
-    }                                                                                                             \
-    KEL_API KelResult keli##DIR##_8u_AC4P4R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[4], int dstStep,     \
-                                            KelImageSize roiSize)                                                  \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 0, srcStep, pDst, 4, dstStep, roiSize, [=](int y, int width) {               \
-            const auto d = planeRows<Kel8u, 4>(pDst, dstStep, y);                                                 \
-            ownpi_##DIR##_8u_AC4P4(rowAt(pSrc, srcStep, y), d.data(), width);                                     \
-        });                                                                                                       \
-    }                                                                                                             \
-    KEL_API KelResult keli##DIR##_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3],            \
-                                         int dstStep, KelImageSize roiSize)                                        \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 3, srcStep, pDst, 3, dstStep, roiSize, [=](int y, int width) {               \
-            const auto s = planeRows<const Kel8u, 3>(pSrc, srcStep, y);                                           \
-            const auto d = planeRows<Kel8u, 3>(pDst, dstStep, y);                                                 \
-            ownpi_##DIR##_8u_P3(s.data(), d.data(), width);                                                       \
-        });                                                                                                       \
-    }                                                                                                             \
-    KEL_API KelResult keli##DIR##_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep,      \
-                                           KelImageSize roiSize)                                                   \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 3, srcStep, pDst, 0, dstStep, roiSize, [=](int y, int width) {               \
-            const auto s = planeRows<const Kel8u, 3>(pSrc, srcStep, y);                                           \
-            ownpi_##DIR##_8u_P3C3(s.data(), rowAt(pDst, dstStep, y), width);                                      \
-        });                                                                                                       \
-    }                                                                                                             \
-    KEL_API KelResult keli##DIR##_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep,      \
-                                           KelImageSize roiSize)                                                   \
-    {                                                                                                             \
-        return planeFamilyCall(pSrc, 0, srcStep, pDst, 3, dstStep, roiSize, [=](int y, int width) {               \
-            const auto d = planeRows<Kel8u, 3>(pDst, dstStep, y);                                                 \
-            ownpi_##DIR##_8u_C3P3(rowAt(pSrc, srcStep, y), d.data(), width);                                      \
-        });                                                                                                       \
+// The pointer arguments, then the planes inside the arrays (the source's
+// first), then the strides, then the size; the rows go to the kernel in the
+// parallel region at every size.
+#define KEL_HLS_PLANE_PUBLIC(NAME, KERNEL, SRC, DST, DIRECTION)                                               \
+    KEL_API KelResult NAME(SRC::Source pSrc, int srcStep, DST::Destination pDst, int dstStep,                 \
+                           KelImageSize roiSize)                                                              \
+    {                                                                                                         \
+        if (anyNull(pSrc, pDst) || SRC::nullPlane(pSrc) || DST::nullPlane(pDst))  return kelErrNullPointer;   \
+        if (stepBelowOne(srcStep, dstStep))                                       return kelErrStep;          \
+        if (sizeBelow(roiSize, 1, 1))                                             return kelErrSize;          \
+        const int width = roiSize.width;                                                                      \
+        shareRowsAlways(roiSize.height, [=](int y) {                                                          \
+            KERNEL(SRC::rowsAt(pSrc, srcStep, y), DST::rowsAt(pDst, dstStep, y), width);                      \
+        });                                                                                                   \
+        return kelOk;                                                                                         \
     }
 
 extern "C" {
 
-KEL_HLS_PLANE_PUBLIC(BGRToHLS)
-KEL_HLS_PLANE_PUBLIC(HLSToBGR)
+KEL_HLS_PLANE_MEMBERS(KEL_HLS_PLANE_PUBLIC)
 
 // The one pixel-order member: size before strides, and results that round.
 KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    if (anyNull(pSrc, pDst))             return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))        return kelErrSize;
-    if (stepBelowOne(srcStep, dstStep))  return kelErrStep;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst))  return bad;
+    if (stepBelowOne(srcStep, dstStep))                                        return kelErrStep;
     myBGRToHLS_8u_AC4R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -136,6 +140,8 @@ KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pD
 
 #undef KEL_HLS_PLANE_PUBLIC
 
+// ---- row layer -------------------------------------------------------------------
+
 void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     shareRowsAlways(height, [=](int y) { innerBGRToHLS_8u_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
@@ -143,11 +149,31 @@ void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep
 
 // ---- row kernels -----------------------------------------------------------------
 
+// The kernels differ only in how they step through memory: channel c of
+// pixel x is at channels[c][x * pitch] on either side.
+#define KEL_HLS_PLANE_KERNEL(NAME, KERNEL, SRC, DST, DIRECTION)                                               \
+    void KERNEL(SRC::Source src, DST::Destination dst, int width)                                             \
+    {                                                                                                         \
+        hlsRow<DIRECTION, SRC::pitch, DST::pitch, SRC::count == 4 && DST::count == 4>(                        \
+            SRC::channels(src).data(), DST::channels(dst).data(), width);                                     \
+    }
+
+KEL_HLS_PLANE_MEMBERS(KEL_HLS_PLANE_KERNEL)
+
+#undef KEL_HLS_PLANE_KERNEL
+
+// Alpha is left as it was in the destination.
+void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width)
+{
+    hlsRow<kToHLS, 4, 4, false, true>(Pixels4::channels(src).data(), Pixels4::channels(dst).data(), width);
+}
+
 namespace {
 
-// Channel c of pixel x is at channel[c][x * Pitch]: planes have pitch 1,
-// pixel-order rows 3 or 4.  Alpha (channel 3) is copied when both sides have it.
-template <bool Forward, int SrcPitch, int DstPitch, bool CopyAlpha, bool Rounding = false>
+// Results truncate (addend 1e-7), except where Rounding asks for the rounding
+// addend of the RGB family (keliBGRToHLS_8u_AC4R).  Alpha (channel 3) is
+// copied when both sides have it.
+template <bool ToHLS, int SrcPitch, int DstPitch, bool CopyAlpha, bool Rounding>
 void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
 {
     const Ext addend = Rounding ? addendNearest : addendTruncate;
@@ -158,7 +184,7 @@ void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
         const int colour = a | (b << 8) | (c << 16);
         if (colour == previous) {
             // same results as the pixel before
-        } else if constexpr (Forward) {  // B, G, R in; H, L, S out
+        } else if constexpr (ToHLS) {  // B, G, R in; H, L, S out
             const HLS v = toHLS<false>(unitValue(c), unitValue(b), unitValue(a));
             storeHLS(v, addend, &out[0], &out[1], &out[2]);
         } else {  // H, L, S in; B, G, R out
@@ -175,43 +201,4 @@ void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
     }
 }
 
-// The channels of a pixel-order row.
-template <typename T>
-std::array<T*, 4> channelsOf(T* row)
-{
-    return {row, row + 1, row + 2, row + 3};
-}
-
 } // namespace
-
-#define KEL_HLS_PLANE_KERNEL_BODIES(DIR, FORWARD)                                                                  \
-    void ownpi_##DIR##_8u_AP4(const Kel8u* const src[4], Kel8u* const dst[4], int width)                         \
-    { hlsRow<FORWARD, 1, 1, true>(src, dst, width); }                                                            \
-    void ownpi_##DIR##_8u_AP4C4(const Kel8u* const src[4], Kel8u* dst, int width)                                \
-    { hlsRow<FORWARD, 1, 4, true>(src, channelsOf(dst).data(), width); }                                         \
-    void ownpi_##DIR##_8u_AC4P4(const Kel8u* src, Kel8u* const dst[4], int width)                                \
-    { hlsRow<FORWARD, 4, 1, true>(channelsOf(src).data(), dst, width); }                                         \
-    void ownpi_##DIR##_8u_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)                          \
-    {                                                                                                            \
-        const Kel8u* const s[4] = {src[0], src[1], src[2], nullptr};                                             \
-        Kel8u* const d[4] = {dst[0], dst[1], dst[2], nullptr};                                                   \
-        hlsRow<FORWARD, 1, 1, false>(s, d, width);                                                               \
-    }                                                                                                            \
-    void ownpi_##DIR##_8u_P3C3(const Kel8u* const src[3], Kel8u* dst, int width)                                 \
-    {                                                                                                            \
-        const Kel8u* const s[4] = {src[0], src[1], src[2], nullptr};                                             \
-        hlsRow<FORWARD, 1, 3, false>(s, channelsOf(dst).data(), width);                                          \
-    }                                                                                                            \
-    void ownpi_##DIR##_8u_C3P3(const Kel8u* src, Kel8u* const dst[3], int width)                                 \
-    {                                                                                                            \
-        Kel8u* const d[4] = {dst[0], dst[1], dst[2], nullptr};                                                   \
-        hlsRow<FORWARD, 3, 1, false>(channelsOf(src).data(), d, width);                                          \
-    }
-
-KEL_HLS_PLANE_KERNEL_BODIES(BGRToHLS, true)
-KEL_HLS_PLANE_KERNEL_BODIES(HLSToBGR, false)
-
-void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width)
-{
-    hlsRow<true, 4, 4, false, true>(channelsOf(src).data(), channelsOf(dst).data(), width);
-}

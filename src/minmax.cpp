@@ -1,4 +1,5 @@
-// The largest sample of a one-channel float image.
+// The largest sample of a one-channel float image, found in one pass over
+// the rows; a NaN sample is never taken as the maximum.
 #include "callframe.h"
 
 using namespace kel;
@@ -10,11 +11,11 @@ extern "C" KEL_API KelResult keliMax_32f_C1R(const Kel32f* pSrc, int srcStep, Ke
     // Only a strictly greater sample replaces the maximum: a NaN never does,
     // and a NaN in the first sample stays the result.
     Kel32f largest = pSrc[0];
-    for (int y = 0; y < roiSize.height; ++y) {
+    forEachRow(roiSize.height, [&](int y) {
         const Kel32f* row = rowAt(pSrc, srcStep, y);
         for (int x = 0; x < roiSize.width; ++x)
             if (row[x] > largest) largest = row[x];
-    }
+    });
     *pMax = largest;
     return kelOk;
 }

@@ -5,40 +5,23 @@
 
 using namespace kel;
 
-namespace {
-
-template <typename T>
-KelResult hueCall(void (*rowLayer)(const T*, int, T*, int, int, int, int), int pixelStride, const T* pSrc,
-                  int srcStep, T* pDst, int dstStep, KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    rowLayer(pSrc, elementStride<T>(srcStep), pDst, elementStride<T>(dstStep), roiSize.width, roiSize.height,
-             pixelStride);
-    return kelOk;
-}
-
-} // namespace
-
-#define KEL_HUE_PUBLIC(STEM, TAG, T)                                                                          \
-    KEL_API KelResult keli##STEM##_##TAG##_C3R(const T* pSrc, int srcStep, T* pDst, int dstStep,              \
-                                               KelImageSize roiSize)                                          \
-    { return hueCall(my##STEM##_##TAG##_C3R, 3, pSrc, srcStep, pDst, dstStep, roiSize); }                     \
-    KEL_API KelResult keli##STEM##_##TAG##_AC4R(const T* pSrc, int srcStep, T* pDst, int dstStep,             \
-                                                KelImageSize roiSize)                                         \
-    { return hueCall(my##STEM##_##TAG##_C3R, 4, pSrc, srcStep, pDst, dstStep, roiSize); }
+// Pointers, then size; strides are not tested, and a stride that is not a
+// whole number of samples is cut down.
+#define KEL_HUE_PUBLIC_ONE(NAME, LAYER, T, PIXEL_STRIDE)                                                      \
+    KEL_API KelResult NAME(const T* pSrc, int srcStep, T* pDst, int dstStep, KelImageSize roiSize)            \
+    {                                                                                                         \
+        if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;                 \
+        LAYER(pSrc, elementStride<T>(srcStep), pDst, elementStride<T>(dstStep), roiSize.width, roiSize.height, \
+              PIXEL_STRIDE);                                                                                  \
+        return kelOk;                                                                                         \
+    }
+#define KEL_HUE_PUBLIC(C3, AC4, LAYER, KERNEL, T, PIXEL)                                                      \
+    KEL_HUE_PUBLIC_ONE(C3, LAYER, T, 3)                                                                       \
+    KEL_HUE_PUBLIC_ONE(AC4, LAYER, T, 4)
 
 extern "C" {
-KEL_HUE_PUBLIC(RGBToHSV, 8u, Kel8u)
-KEL_HUE_PUBLIC(HSVToRGB, 8u, Kel8u)
-KEL_HUE_PUBLIC(RGBToHSV, 16u, Kel16u)
-KEL_HUE_PUBLIC(HSVToRGB, 16u, Kel16u)
-KEL_HUE_PUBLIC(RGBToHLS, 8u, Kel8u)
-KEL_HUE_PUBLIC(HLSToRGB, 8u, Kel8u)
-KEL_HUE_PUBLIC(RGBToHLS, 16u, Kel16u)
-KEL_HUE_PUBLIC(HLSToRGB, 16u, Kel16u)
-KEL_HUE_PUBLIC(RGBToHLS, 16s, Kel16s)
-KEL_HUE_PUBLIC(HLSToRGB, 16s, Kel16s)
-KEL_HUE_PUBLIC(RGBToHLS, 32f, Kel32f)
-KEL_HUE_PUBLIC(HLSToRGB, 32f, Kel32f)
+KEL_HUE_MEMBERS(KEL_HUE_PUBLIC)
 } // extern "C"
+
+#undef KEL_HUE_PUBLIC
+#undef KEL_HUE_PUBLIC_ONE

@@ -1,24 +1,28 @@
-// Row layers and row kernels of the pixel-order hue families (HSV, HLS).
-// Strides are in elements; the pixel stride is 3 (C3) or 4 (AC4).
+// The pixel-order hue families (HSV at 8u and 16u, HLS at 8u, 16u, 16s and 32f):
+// the one table of their members, and the row layers and kernels it names.
 #pragma once
 
 #include "kelcc.h"
 
-#define KEL_HUE_LAYERS(NAME, T)                                                                          \
-    void my##NAME(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride); \
-    void inner##NAME(const T* src, T* dst, int width, int pixelStride);
+// X(C3 public function, AC4 public function, row layer, row kernel, sample type, pixel conversion).
+// The C3 and AC4 members of a line share the row layer and the kernel, which
+// take the pixel stride (3 or 4) in elements; strides are in elements too.
+#define KEL_HUE_MEMBERS(X)                                                                                         \
+    X(keliRGBToHSV_8u_C3R,  keliRGBToHSV_8u_AC4R,  myRGBToHSV_8u_C3R,  innerRGBToHSV_8u_C3R,  Kel8u,  rgbToHSV) \
+    X(keliHSVToRGB_8u_C3R,  keliHSVToRGB_8u_AC4R,  myHSVToRGB_8u_C3R,  innerHSVToRGB_8u_C3R,  Kel8u,  hsvToRGB) \
+    X(keliRGBToHSV_16u_C3R, keliRGBToHSV_16u_AC4R, myRGBToHSV_16u_C3R, innerRGBToHSV_16u_C3R, Kel16u, rgbToHSV) \
+    X(keliHSVToRGB_16u_C3R, keliHSVToRGB_16u_AC4R, myHSVToRGB_16u_C3R, innerHSVToRGB_16u_C3R, Kel16u, hsvToRGB) \
+    X(keliRGBToHLS_8u_C3R,  keliRGBToHLS_8u_AC4R,  myRGBToHLS_8u_C3R,  innerRGBToHLS_8u_C3R,  Kel8u,  rgbToHLS) \
+    X(keliHLSToRGB_8u_C3R,  keliHLSToRGB_8u_AC4R,  myHLSToRGB_8u_C3R,  innerHLSToRGB_8u_C3R,  Kel8u,  hlsToRGB) \
+    X(keliRGBToHLS_16u_C3R, keliRGBToHLS_16u_AC4R, myRGBToHLS_16u_C3R, innerRGBToHLS_16u_C3R, Kel16u, rgbToHLS) \
+    X(keliHLSToRGB_16u_C3R, keliHLSToRGB_16u_AC4R, myHLSToRGB_16u_C3R, innerHLSToRGB_16u_C3R, Kel16u, hlsToRGB) \
+    X(keliRGBToHLS_16s_C3R, keliRGBToHLS_16s_AC4R, myRGBToHLS_16s_C3R, innerRGBToHLS_16s_C3R, Kel16s, rgbToHLS) \
+    X(keliHLSToRGB_16s_C3R, keliHLSToRGB_16s_AC4R, myHLSToRGB_16s_C3R, innerHLSToRGB_16s_C3R, Kel16s, hlsToRGB) \
+    X(keliRGBToHLS_32f_C3R, keliRGBToHLS_32f_AC4R, myRGBToHLS_32f_C3R, innerRGBToHLS_32f_C3R, Kel32f, rgbToHLS) \
+    X(keliHLSToRGB_32f_C3R, keliHLSToRGB_32f_AC4R, myHLSToRGB_32f_C3R, innerHLSToRGB_32f_C3R, Kel32f, hlsToRGB)
 
-KEL_HUE_LAYERS(RGBToHSV_8u_C3R, Kel8u)
-KEL_HUE_LAYERS(HSVToRGB_8u_C3R, Kel8u)
-KEL_HUE_LAYERS(RGBToHSV_16u_C3R, Kel16u)
-KEL_HUE_LAYERS(HSVToRGB_16u_C3R, Kel16u)
-KEL_HUE_LAYERS(RGBToHLS_8u_C3R, Kel8u)
-KEL_HUE_LAYERS(HLSToRGB_8u_C3R, Kel8u)
-KEL_HUE_LAYERS(RGBToHLS_16u_C3R, Kel16u)
-KEL_HUE_LAYERS(HLSToRGB_16u_C3R, Kel16u)
-KEL_HUE_LAYERS(RGBToHLS_16s_C3R, Kel16s)
-KEL_HUE_LAYERS(HLSToRGB_16s_C3R, Kel16s)
-KEL_HUE_LAYERS(RGBToHLS_32f_C3R, Kel32f)
-KEL_HUE_LAYERS(HLSToRGB_32f_C3R, Kel32f)
-
-#undef KEL_HUE_LAYERS
+#define KEL_HUE_DECLARE_LAYERS(C3, AC4, LAYER, KERNEL, T, PIXEL)                                              \
+    void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride);    \
+    void KERNEL(const T* src, T* dst, int width, int pixelStride);
+KEL_HUE_MEMBERS(KEL_HUE_DECLARE_LAYERS)
+#undef KEL_HUE_DECLARE_LAYERS

@@ -11,6 +11,59 @@ using namespace kel::hue;
 
 namespace {
 
+// The per-pixel conversions, each reading one pixel and writing one.
+template <typename T> void rgbToHSV(const T* s, T* out);
+template <typename T> void hsvToRGB(const T* s, T* out);
+template <typename T> void rgbToHLS(const T* s, T* out);
+template <typename T> void hlsToRGB(const T* s, T* out);
+
+template <typename T, void (*Pixel)(const T*, T*)>
+void pixelRow(const T* src, T* dst, int width, int pixelStride);
+
+} // namespace
+
+#define KEL_HUE_KERNEL(C3, AC4, LAYER, KERNEL, T, PIXEL)                                                      \
+    void KERNEL(const T* src, T* dst, int width, int pixelStride)                                            \
+    { pixelRow<T, PIXEL<T>>(src, dst, width, pixelStride); }
+
+KEL_HUE_MEMBERS(KEL_HUE_KERNEL)
+
+#undef KEL_HUE_KERNEL
+
+namespace {
+
+// ---- the row walk --------------------------------------------------------------
+
+// Samples compared by their bits: -0.0 and 0.0 are different inputs here.
+template <typename T>
+auto bitsOf(T sample)
+{
+    if constexpr (std::is_same_v<T, Kel32f>) return std::bit_cast<std::uint32_t>(sample);
+    else return sample;
+}
+
+// A pixel equal to the one before it (flat areas) takes that pixel's results
+// again, which are the same by construction; the previous input is kept
+// aside, so a conversion in place works too.
+template <typename T, void (*Pixel)(const T*, T*)>
+void pixelRow(const T* src, T* dst, int width, int pixelStride)
+{
+    T previous[3] = {}, converted[3] = {};
+    for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
+        const bool repeat = x > 0 && bitsOf(src[0]) == bitsOf(previous[0]) && bitsOf(src[1]) == bitsOf(previous[1]) &&
+                            bitsOf(src[2]) == bitsOf(previous[2]);
+        if (!repeat) {
+            previous[0] = src[0];
+            previous[1] = src[1];
+            previous[2] = src[2];
+            Pixel(src, converted);
+        }
+        dst[0] = converted[0];
+        dst[1] = converted[1];
+        dst[2] = converted[2];
+    }
+}
+
 // ---- HSV -----------------------------------------------------------------------
 
 // The 8-bit hue wraps on the scaled value with 255; the 16-bit hue wraps on
@@ -112,51 +165,4 @@ void hlsToRGB(const T* s, T* out)
     }
 }
 
-// Samples compared by their bits: -0.0 and 0.0 are different inputs here.
-template <typename T>
-auto bitsOf(T sample)
-{
-    if constexpr (std::is_same_v<T, Kel32f>) return std::bit_cast<std::uint32_t>(sample);
-    else return sample;
-}
-
-// A pixel equal to the one before it (flat areas) takes that pixel's results
-// again, which are the same by construction; the previous input is kept
-// aside, so a conversion in place works too.
-template <typename T, void (*Pixel)(const T*, T*)>
-void pixelRow(const T* src, T* dst, int width, int pixelStride)
-{
-    T previous[3] = {}, converted[3] = {};
-    for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
-        const bool repeat = x > 0 && bitsOf(src[0]) == bitsOf(previous[0]) && bitsOf(src[1]) == bitsOf(previous[1]) &&
-                            bitsOf(src[2]) == bitsOf(previous[2]);
-        if (!repeat) {
-            previous[0] = src[0];
-            previous[1] = src[1];
-            previous[2] = src[2];
-            Pixel(src, converted);
-        }
-        dst[0] = converted[0];
-        dst[1] = converted[1];
-        dst[2] = converted[2];
-    }
-}
-
 } // namespace
-
-#define KEL_HUE_KERNEL(NAME, T, PIXEL)                                                                        \
-    void inner##NAME(const T* src, T* dst, int width, int pixelStride)                                      \
-    { pixelRow<T, PIXEL<T>>(src, dst, width, pixelStride); }
-
-KEL_HUE_KERNEL(RGBToHSV_8u_C3R, Kel8u, rgbToHSV)
-KEL_HUE_KERNEL(HSVToRGB_8u_C3R, Kel8u, hsvToRGB)
-KEL_HUE_KERNEL(RGBToHSV_16u_C3R, Kel16u, rgbToHSV)
-KEL_HUE_KERNEL(HSVToRGB_16u_C3R, Kel16u, hsvToRGB)
-KEL_HUE_KERNEL(RGBToHLS_8u_C3R, Kel8u, rgbToHLS)
-KEL_HUE_KERNEL(HLSToRGB_8u_C3R, Kel8u, hlsToRGB)
-KEL_HUE_KERNEL(RGBToHLS_16u_C3R, Kel16u, rgbToHLS)
-KEL_HUE_KERNEL(HLSToRGB_16u_C3R, Kel16u, hlsToRGB)
-KEL_HUE_KERNEL(RGBToHLS_16s_C3R, Kel16s, rgbToHLS)
-KEL_HUE_KERNEL(HLSToRGB_16s_C3R, Kel16s, hlsToRGB)
-KEL_HUE_KERNEL(RGBToHLS_32f_C3R, Kel32f, rgbToHLS)
-KEL_HUE_KERNEL(HLSToRGB_32f_C3R, Kel32f, hlsToRGB)

@@ -18,14 +18,14 @@ KEL_API KelResult keliSum_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize 
     // across rows unrounded, and the total is rounded once.
     long double even = 0, odd = 0;
     const int pairs = roiSize.width & ~1;
-    for (int y = 0; y < roiSize.height; ++y) {
+    forEachRow(roiSize.height, [&](int y) {
         const Kel32f* row = rowAt(pSrc, srcStep, y);
         for (int x = 0; x < pairs; x += 2) {
             even += row[x];
             odd += row[x + 1];
         }
         if (roiSize.width & 1) even += row[pairs];
-    }
+    });
     *pSum = static_cast<Kel64f>(even + odd);
     return kelOk;
 }

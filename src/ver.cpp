@@ -1,4 +1,5 @@
-// The library's version record: one constant object, handed out by address.
+// The library's version record: one constant object, handed out by address,
+// the same address in every call.
 #include "callframe.h"
 
 namespace {

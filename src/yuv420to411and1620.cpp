@@ -17,7 +17,56 @@ namespace {
 
 using Kernel = void (*)(const Kel8u* const[3], const int[3], Kel8u* const[3], const int[3], int, int);
 
+KelResult resample(Kernel kernel, const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
+                   const int dstStep[3], KelImageSize roi);
+
 bool notMultipleOf4(int v) { return (v & 3) != 0; }
+
+} // namespace
+
+// ---- public functions ----------------------------------------------------------------
+
+// Every pointer and the planes inside the arrays, then the size, which must
+// hold whole cells of both schemes.
+extern "C" {
+
+KEL_API KelResult keliYCbCr420To411_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
+                                           const int dstStep[3], KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesWithPointers(roiSize, 4, 2, pSrc, pDst))  return bad;
+    if (notMultipleOf4(roiSize.width) || (roiSize.height & 1))                    return kelErrSize;
+    return resample(ownYCbCr420To411_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+KEL_API KelResult keliYCbCr411To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
+                                           const int dstStep[3], KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesWithPointers(roiSize, 4, 4, pSrc, pDst))  return bad;
+    if (notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height))          return kelErrSize;
+    return resample(ownYCbCr411To420_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+KEL_API KelResult keliYCbCr420To1620_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
+                                            const int dstStep[3], KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesWithPointers(roiSize, 4, 4, pSrc, pDst))  return bad;
+    if (notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height))          return kelErrSize;
+    return resample(ownYCbCr420To1620_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
+                                            const int dstStep[3], KelImageSize roiSize)
+{
+    if (const KelResult bad = testPlanesWithPointers(roiSize, 4, 4, pSrc, pDst))  return bad;
+    if (notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height))          return kelErrSize;
+    return resample(ownYCbCr1620To420_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
+}
+
+} // extern "C"
+
+// ---- the row layer ------------------------------------------------------------------
+
+namespace {
 
 // Luma is copied as it stands; the kernel resamples the two chroma planes.
 KelResult resample(Kernel kernel, const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
@@ -28,48 +77,7 @@ KelResult resample(Kernel kernel, const Kel8u* const pSrc[3], const int srcStep[
     return kelOk;
 }
 
-bool anyNullImage(const Kel8u* const pSrc[3], Kel8u* const pDst[3])
-{
-    return anyNull(pSrc, pDst) || anyNullPlane(pSrc) || anyNullPlane(pDst);
-}
-
 } // namespace
-
-extern "C" {
-
-KEL_API KelResult keliYCbCr420To411_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
-                                           const int dstStep[3], KelImageSize roiSize)
-{
-    if (anyNullImage(pSrc, pDst))                                                  return kelErrNullPointer;
-    if (sizeBelow(roiSize, 4, 2) || notMultipleOf4(roiSize.width) || (roiSize.height & 1)) return kelErrSize;
-    return resample(ownYCbCr420To411_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
-}
-
-KEL_API KelResult keliYCbCr411To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
-                                           const int dstStep[3], KelImageSize roiSize)
-{
-    if (anyNullImage(pSrc, pDst))                                                          return kelErrNullPointer;
-    if (sizeBelow(roiSize, 4, 4) || notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height)) return kelErrSize;
-    return resample(ownYCbCr411To420_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
-}
-
-KEL_API KelResult keliYCbCr420To1620_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
-                                            const int dstStep[3], KelImageSize roiSize)
-{
-    if (anyNullImage(pSrc, pDst))                                                          return kelErrNullPointer;
-    if (sizeBelow(roiSize, 4, 4) || notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height)) return kelErrSize;
-    return resample(ownYCbCr420To1620_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
-}
-
-KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
-                                            const int dstStep[3], KelImageSize roiSize)
-{
-    if (anyNullImage(pSrc, pDst))                                                          return kelErrNullPointer;
-    if (sizeBelow(roiSize, 4, 4) || notMultipleOf4(roiSize.width) || notMultipleOf4(roiSize.height)) return kelErrSize;
-    return resample(ownYCbCr1620To420_8u_P3R, pSrc, srcStep, pDst, dstStep, roiSize);
-}
-
-} // extern "C"
 
 // ---- kernels: chroma planes 1 and 2 ------------------------------------------------
 
@@ -79,49 +87,56 @@ KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const in
 void ownYCbCr420To411_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Kel8u* const dst[3],
                              const int dstStep[3], int width, int height)
 {
+    const PlaneRows<const Kel8u> from(src, srcStep);
+    const PlaneRows<Kel8u> to(dst, dstStep);
     const int rows = height / 2, samples = width / 4;
     for (int p = 1; p < 3; ++p)
-        for (int j = 0; j < rows; ++j) {
-            const Kel8u* s = rowAt(src[p], srcStep[p], j);
-            const Kel8u* below = j + 1 < rows ? rowAt(src[p], srcStep[p], j + 1) : s;
-            Kel8u* even = rowAt(dst[p], dstStep[p], 2 * j);
-            Kel8u* odd = rowAt(dst[p], dstStep[p], 2 * j + 1);
+        forEachRowPair(height, [&](int even, int odd, int j) {
+            const Kel8u* s = from.row(p, j);
+            const Kel8u* below = j + 1 < rows ? from.row(p, j + 1) : s;
+            Kel8u* evenRow = to.row(p, even);
+            Kel8u* oddRow = to.row(p, odd);
             for (int k = 0; k < samples; ++k) {
-                even[k] = s[2 * k];
-                odd[k] = static_cast<Kel8u>((s[2 * k] + below[2 * k]) >> 1);
+                evenRow[k] = s[2 * k];
+                oddRow[k] = static_cast<Kel8u>((s[2 * k] + below[2 * k]) >> 1);
             }
-        }
+        });
 }
 
-// 4:1:1 (width/4 per row) to 4:2:0: even source rows only, odd columns the
-// truncating mean of their neighbours left and right; the last is repeated.
+// 4:1:1 (width/4 per row) to 4:2:0: the top row of each pair only, odd
+// columns the truncating mean of their neighbours left and right; the last is
+// repeated.
 void ownYCbCr411To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Kel8u* const dst[3],
                              const int dstStep[3], int width, int height)
 {
-    const int rows = height / 2, samples = width / 4;
+    const PlaneRows<const Kel8u> from(src, srcStep);
+    const PlaneRows<Kel8u> to(dst, dstStep);
+    const int samples = width / 4;
     for (int p = 1; p < 3; ++p)
-        for (int j = 0; j < rows; ++j) {
-            const Kel8u* s = rowAt(src[p], srcStep[p], 2 * j);
-            Kel8u* d = rowAt(dst[p], dstStep[p], j);
+        forEachRowPair(height, [&](int top, int, int j) {
+            const Kel8u* s = from.row(p, top);
+            Kel8u* d = to.row(p, j);
             for (int k = 0; k < samples; ++k) {
                 const int right = k + 1 < samples ? s[k + 1] : s[k];
                 d[2 * k] = s[k];
                 d[2 * k + 1] = static_cast<Kel8u>((s[k] + right) >> 1);
             }
-        }
+        });
 }
 
-// 4:2:0 to 16:2:0: every other sample of every other row.
+// 4:2:0 to 16:2:0: every other sample of the top chroma row of each pair.
 void ownYCbCr420To1620_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Kel8u* const dst[3],
                               const int dstStep[3], int width, int height)
 {
-    const int rows = height / 4, samples = width / 4;
+    const PlaneRows<const Kel8u> from(src, srcStep);
+    const PlaneRows<Kel8u> to(dst, dstStep);
+    const int samples = width / 4;
     for (int p = 1; p < 3; ++p)
-        for (int j = 0; j < rows; ++j) {
-            const Kel8u* s = rowAt(src[p], srcStep[p], 2 * j);
-            Kel8u* d = rowAt(dst[p], dstStep[p], j);
+        forEachRowPair(height / 2, [&](int top, int, int j) {
+            const Kel8u* s = from.row(p, top);
+            Kel8u* d = to.row(p, j);
             for (int k = 0; k < samples; ++k) d[k] = s[2 * k];
-        }
+        });
 }
 
 // 16:2:0 to 4:2:0, each sample a 2 x 2 cell.  Inside the plane Cb rounds its
@@ -130,16 +145,18 @@ void ownYCbCr420To1620_8u_P3R(const Kel8u* const src[3], const int srcStep[3], K
 void ownYCbCr1620To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Kel8u* const dst[3],
                               const int dstStep[3], int width, int height)
 {
+    const PlaneRows<const Kel8u> from(src, srcStep);
+    const PlaneRows<Kel8u> to(dst, dstStep);
     const int rows = height / 4, samples = width / 4;
     for (int p = 1; p < 3; ++p) {
         const int half = p == 1 ? 1 : 0;     // +1 before >> 1 in Cb's inner cells
         const int quarter = p == 1 ? 2 : 0;  // +2 before >> 2
-        for (int j = 0; j < rows; ++j) {
+        forEachRowPair(height / 2, [&](int topRow, int bottomRow, int j) {
             const bool lastRow = j + 1 == rows;
-            const Kel8u* s = rowAt(src[p], srcStep[p], j);
-            const Kel8u* next = lastRow ? s : rowAt(src[p], srcStep[p], j + 1);
-            Kel8u* top = rowAt(dst[p], dstStep[p], 2 * j);
-            Kel8u* bottom = rowAt(dst[p], dstStep[p], 2 * j + 1);
+            const Kel8u* s = from.row(p, j);
+            const Kel8u* next = lastRow ? s : from.row(p, j + 1);
+            Kel8u* top = to.row(p, topRow);
+            Kel8u* bottom = to.row(p, bottomRow);
             for (int k = 0; k < samples; ++k) {
                 const bool lastColumn = k + 1 == samples;
                 const int a = s[k];
@@ -163,6 +180,6 @@ void ownYCbCr1620To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], K
                 bottom[2 * k] = down;
                 bottom[2 * k + 1] = diagonal;
             }
-        }
+        });
     }
 }

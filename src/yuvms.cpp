@@ -1,7 +1,7 @@
 // Repacking 8-bit luma-chroma images among 4:2:2, 4:2:0 and 4:1:1 and among
-// plane (P3, P2) and pixel-order (C2) layouts.  Luma is copied; chroma is
-// copied, repeated, dropped or restacked, never computed.
+// plane (P3, P2) and pixel-order (C2) layouts: chroma is moved, never computed.
 #include <cstring>
+#include <limits>
 
 #include "callframe.h"
 
@@ -9,7 +9,7 @@ using namespace kel;
 
 namespace {
 
-// ---- layouts -----------------------------------------------------------------------
+// ---- layouts, rules and sizes ------------------------------------------------------
 
 enum class Form {
     P3,       // planes Y, Cb, Cr
@@ -20,30 +20,239 @@ enum class Form {
     C2YCrCb,  // Y0 Cr Y1 Cb
 };
 
-constexpr bool isPixelOrder(Form f) { return f == Form::C2YCbCr || f == Form::C2CbYCr || f == Form::C2YCrCb; }
-constexpr int lumaPitch(Form f) { return isPixelOrder(f) ? 2 : 1; }
-constexpr int chromaPitch(Form f) { return isPixelOrder(f) ? 4 : f == Form::P2 ? 2 : 1; }
+// The destination's chroma scheme, and the rule that takes its samples from the source's.
+enum class Scheme { S422, S420, S411 };
+enum class Rule { Same, RowsDoubled, OddRowsDropped, OddColumnsDropped, ColumnsDoubled, ColumnsStacked, RowsUnstacked };
 
-// Where a side's samples start and how its rows step: luma, then Cb and Cr.
+// One side of a call as three component planes Y, Cb, Cr with their strides;
+// the components of a P2 or C2 side are interleaved views into one plane.
 template <typename Byte>
 struct Side {
-    Byte* luma;
-    int lumaStep;
-    Byte* chroma[2];
-    int chromaStep[2];
+    Byte* planes[3];
+    int steps[3];
 };
+
+// The effective size and the size test of a member: the width (and for 4:2:0
+// the height) is cut down to whole cells; a height below kHeightUntested
+// cannot be given, so members with it do not test the height at all.
+inline constexpr int kHeightUntested = std::numeric_limits<int>::min();
+struct Sizing {
+    int widthMask, heightMask;  // ~1 or ~3; ~1 or ~0 (whole height)
+    int minWidth, minHeight;
+    int width(KelImageSize roi) const { return roi.width & widthMask; }
+    int height(KelImageSize roi) const { return roi.height & heightMask; }
+};
+constexpr Sizing kEvenBoth{~1, ~1, 2, 2};
+constexpr Sizing kQuadEven{~3, ~1, 4, 2};
+constexpr Sizing kEvenWidth{~1, ~0, 2, kHeightUntested};
+constexpr Sizing kQuadWidth{~3, ~0, 4, kHeightUntested};
+constexpr Sizing kEvenWidthTestedHeight{~1, ~0, 2, 1};
+
+// Defined below.
+template <Form F, typename Byte>
+Side<Byte> planes3(Byte* const planes[3], const int steps[3]);
+template <typename Byte>
+Side<Byte> planes2(Byte* y, int yStep, Byte* cbcr, int cbcrStep);
+template <Form F, typename Byte>
+Side<Byte> pixelOrder(Byte* base, int step);
+
+template <Form SF, Form DF, Rule R, Scheme DS>
+void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height);
+
+} // namespace
+
+// ---- public functions ----------------------------------------------------------------
+
+// Every member once, under the shape of its arguments (source layout, then
+// destination layout):
+// Shape(public function, kernel, source form, destination form, rule, destination scheme, sizing).
+#define KEL_REPACK_MEMBERS(P3P3, P3P2, P2P3, C2P3, C2P3TestingSteps, P3C2, P2C2, C2P2, C2C2)                                          \
+    /* Rows doubled: 4:2:0 to 4:2:2. */                                                                                               \
+    P3P3(keliYCbCr420ToYCbCr422_8u_P3R,      ownYCbCr420ToYCbCr422_8u_P3R,      P3,      P3,      RowsDoubled,       S422, kEvenBoth)  \
+    P3P3(keliYCrCb420ToYCbCr422_8u_P3R,      ownYCrCb420ToYCbCr422_8u_P3R,      P3CrCb,  P3,      RowsDoubled,       S422, kEvenBoth)  \
+    P2P3(keliYCbCr420ToYCbCr422_8u_P2P3R,    ownYCbCr420ToYCbCr422_8u_P2P3R,    P2,      P3,      RowsDoubled,       S422, kEvenBoth)  \
+    /* Odd rows dropped: 4:2:2 to 4:2:0. */                                                                                           \
+    P3P3(keliYCbCr422ToYCbCr420_8u_P3R,      ownYCbCr422ToYCbCr420_8u_P3R,      P3,      P3,      OddRowsDropped,    S420, kEvenBoth)  \
+    C2P3(keliYCbCr422ToYCbCr420_8u_C2P3R,    ownYCbCr422ToYCbCr420_8u_C2P3R,    C2YCbCr, P3,      OddRowsDropped,    S420, kEvenBoth)  \
+    C2P3(keliCbYCr422ToYCbCr420_8u_C2P3R,    ownCbYCr422ToYCbCr420_8u_C2P3R,    C2CbYCr, P3,      OddRowsDropped,    S420, kEvenBoth)  \
+    C2P3(keliYCrCb422ToYCbCr420_8u_C2P3R,    ownYCrCb422ToYCbCr420_8u_C2P3R,    C2YCrCb, P3,      OddRowsDropped,    S420, kEvenBoth)  \
+    P3P2(keliYCbCr422ToYCbCr420_8u_P3P2R,    ownYCbCr422ToYCbCr420_8u_P3P2R,    P3,      P2,      OddRowsDropped,    S420, kEvenBoth)  \
+    /* Same samples in another layout; only keliYCbCr422_8u_C2P3R tests its stride array. */                                         \
+    C2P3(keliYCrCb422ToYCbCr422_8u_C2P3R,    ownYCrCb422ToYCbCr422_8u_C2P3R,    C2YCrCb, P3,      Same,              S422, kEvenWidth) \
+    C2P3(keliCbYCr422ToYCbCr422_8u_C2P3R,    ownCbYCr422ToYCbCr422_8u_C2P3R,    C2CbYCr, P3,      Same,              S422, kEvenWidth) \
+    C2P3TestingSteps(keliYCbCr422_8u_C2P3R,  ownYCbCr422_8u_C2P3R,              C2YCbCr, P3,      Same,              S422, kEvenWidthTestedHeight) \
+    P3C2(keliYCbCr422_8u_P3C2R,              ownYCbCr422_8u_P3C2R,              P3,      C2YCbCr, Same,              S422, kEvenWidthTestedHeight) \
+    P3C2(keliYCbCr422ToYCrCb422_8u_P3C2R,    ownYCbCr422ToYCrCb422_8u_P3C2R,    P3,      C2YCrCb, Same,              S422, kEvenWidth) \
+    C2C2(keliYCbCr422ToYCrCb422_8u_C2R,      ownYCbCr422ToYCrCb422_8u_C2R,      C2YCbCr, C2YCrCb, Same,              S422, kEvenWidth) \
+    P3P2(keliYCbCr420_8u_P3P2R,              ownYCbCr420_8u_P3P2R,              P3,      P2,      Same,              S420, kEvenBoth)  \
+    P2P3(keliYCbCr420_8u_P2P3R,              ownYCbCr420_8u_P2P3R,              P2,      P3,      Same,              S420, kEvenBoth)  \
+    P3P2(keliYCbCr411_8u_P3P2R,              ownYCbCr411_8u_P3P2R,              P3,      P2,      Same,              S411, kQuadWidth) \
+    P2P3(keliYCbCr411_8u_P2P3R,              ownYCbCr411_8u_P2P3R,              P2,      P3,      Same,              S411, kQuadWidth) \
+    /* Odd columns dropped: 4:2:2 to 4:1:1. */                                                                                        \
+    P3P3(keliYCbCr422ToYCbCr411_8u_P3R,      ownYCbCr422ToYCbCr411_8u_P3R,      P3,      P3,      OddColumnsDropped, S411, kQuadWidth) \
+    P3P2(keliYCbCr422ToYCbCr411_8u_P3P2R,    ownYCbCr422ToYCbCr411_8u_P3P2R,    P3,      P2,      OddColumnsDropped, S411, kQuadWidth) \
+    C2P2(keliYCbCr422ToYCbCr411_8u_C2P2R,    ownYCbCr422ToYCbCr411_8u_C2P2R,    C2YCbCr, P2,      OddColumnsDropped, S411, kQuadWidth) \
+    C2P3(keliYCbCr422ToYCbCr411_8u_C2P3R,    ownYCbCr422ToYCbCr411_8u_C2P3R,    C2YCbCr, P3,      OddColumnsDropped, S411, kQuadWidth) \
+    C2P3(keliCbYCr422ToYCbCr411_8u_C2P3R,    ownCbYCr422ToYCbCr411_8u_C2P3R,    C2CbYCr, P3,      OddColumnsDropped, S411, kQuadWidth) \
+    C2P3(keliYCrCb422ToYCbCr411_8u_C2P3R,    ownYCrCb422ToYCbCr411_8u_C2P3R,    C2YCrCb, P3,      OddColumnsDropped, S411, kQuadWidth) \
+    /* Columns doubled: 4:1:1 to 4:2:2. */                                                                                            \
+    P3P3(keliYCbCr411ToYCbCr422_8u_P3R,      ownYCbCr411ToYCbCr422_8u_P3R,      P3,      P3,      ColumnsDoubled,    S422, kQuadWidth) \
+    P3P3(keliYCbCr411ToYCrCb422_8u_P3R,      ownYCbCr411ToYCrCb422_8u_P3R,      P3,      P3CrCb,  ColumnsDoubled,    S422, kQuadWidth) \
+    P3C2(keliYCbCr411ToYCbCr422_8u_P3C2R,    ownYCbCr411ToYCbCr422_8u_P3C2R,    P3,      C2YCbCr, ColumnsDoubled,    S422, kQuadWidth) \
+    P3C2(keliYCbCr411ToYCrCb422_8u_P3C2R,    ownYCbCr411ToYCrCb422_8u_P3C2R,    P3,      C2YCrCb, ColumnsDoubled,    S422, kQuadWidth) \
+    P2C2(keliYCbCr411ToYCbCr422_8u_P2C2R,    ownYCbCr411ToYCbCr422_8u_P2C2R,    P2,      C2YCbCr, ColumnsDoubled,    S422, kQuadWidth) \
+    P2P3(keliYCbCr411ToYCbCr422_8u_P2P3R,    ownYCbCr411ToYCbCr422_8u_P2P3R,    P2,      P3,      ColumnsDoubled,    S422, kQuadWidth) \
+    /* Columns stacked: 4:2:0 to 4:1:1, every sample kept. */                                                                         \
+    P3P2(keliYCbCr420ToYCbCr411_8u_P3P2R,    ownYCbCr420ToYCbCr411_8u_P3P2R,    P3,      P2,      ColumnsStacked,    S411, kQuadEven)  \
+    P3P2(keliYCrCb420ToYCbCr411_8u_P3P2R,    ownYCrCb420ToYCbCr411_8u_P3P2R,    P3CrCb,  P2,      ColumnsStacked,    S411, kQuadEven)  \
+    P2P3(keliYCbCr420ToYCbCr411_8u_P2P3R,    ownYCbCr420ToYCbCr411_8u_P2P3R,    P2,      P3,      ColumnsStacked,    S411, kQuadEven)  \
+    /* Rows unstacked: 4:1:1 to 4:2:0, the inverse of stacking. */                                                                    \
+    P3P3(keliYCbCr411ToYCbCr420_8u_P3R,      ownYCbCr411ToYCbCr420_8u_P3R,      P3,      P3,      RowsUnstacked,     S420, kQuadEven)  \
+    P3P2(keliYCbCr411ToYCbCr420_8u_P3P2R,    ownYCbCr411ToYCbCr420_8u_P3P2R,    P3,      P2,      RowsUnstacked,     S420, kQuadEven)  \
+    P2P3(keliYCbCr411ToYCbCr420_8u_P2P3R,    ownYCbCr411ToYCbCr420_8u_P2P3R,    P2,      P3,      RowsUnstacked,     S420, kQuadEven)  \
+    P2P3(keliYCbCr411ToYCrCb420_8u_P2P3R,    ownYCbCr411ToYCrCb420_8u_P2P3R,    P2,      P3CrCb,  RowsUnstacked,     S420, kQuadEven)
+
+// The same table, once for every shape: each member's kernel.
+#define KEL_REPACK_EVERY_MEMBER(X) KEL_REPACK_MEMBERS(X, X, X, X, X, X, X, X, X)
+
+#define KEL_REPACK_DECLARE_KERNEL(NAME, KERNEL, SF, DF, RULE, DS, SIZING) \
+    void KERNEL(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height);
+KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
+#undef KEL_REPACK_DECLARE_KERNEL
+
+// Each public function tests every pointer and the planes inside the arrays,
+// then the size, and hands the effective size to its kernel.  No stride is
+// tested, except keliYCbCr422_8u_C2P3R's array of strides; the stride arrays
+// are read as the sides are taken, ahead of the size test.
+#define KEL_REPACK_P3P3(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                        \
+    KEL_API KelResult NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],     \
+                           const int dstStep[3], KelImageSize roiSize)                                 \
+    {                                                                                                  \
+        if (anyNull(pSrc, pDst) || anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer; \
+        const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                \
+        const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
+        return kelOk;                                                                                  \
+    }
+#define KEL_REPACK_P3P2(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                          \
+    KEL_API KelResult NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, \
+                           Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize)                       \
+    {                                                                                                    \
+        if (anyNull(pSrc, pDstY, pDstCbCr) || anyNullPlane(pSrc)) return kelErrNullPointer;              \
+        const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                  \
+        const Side<Kel8u> dst = planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep);                         \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                    \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                 \
+        return kelOk;                                                                                    \
+    }
+#define KEL_REPACK_P2P3(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                      \
+    KEL_API KelResult NAME(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, \
+                           Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize)         \
+    {                                                                                                \
+        if (anyNull(pSrcY, pSrcCbCr, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;          \
+        const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);               \
+        const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                    \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                             \
+        return kelOk;                                                                                \
+    }
+#define KEL_REPACK_C2P3(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                        \
+    KEL_API KelResult NAME(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], \
+                           KelImageSize roiSize)                                                       \
+    {                                                                                                  \
+        if (anyNull(pSrc, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;                       \
+        const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                             \
+        const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
+        return kelOk;                                                                                  \
+    }
+#define KEL_REPACK_C2P3_TESTING_STEPS(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                          \
+    KEL_API KelResult NAME(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], \
+                           KelImageSize roiSize)                                                       \
+    {                                                                                                  \
+        if (anyNull(pSrc, pDst, dstStep) || anyNullPlane(pDst)) return kelErrNullPointer;              \
+        const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                             \
+        const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
+        return kelOk;                                                                                  \
+    }
+#define KEL_REPACK_P3C2(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                        \
+    KEL_API KelResult NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, \
+                           KelImageSize roiSize)                                                       \
+    {                                                                                                  \
+        if (anyNull(pSrc, pDst) || anyNullPlane(pSrc)) return kelErrNullPointer;                       \
+        const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                \
+        const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                   \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
+        return kelOk;                                                                                  \
+    }
+#define KEL_REPACK_P2C2(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                                   \
+    KEL_API KelResult NAME(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* pDst, \
+                           int dstStep, KelImageSize roiSize)                                                     \
+    {                                                                                                             \
+        if (anyNull(pSrcY, pSrcCbCr, pDst)) return kelErrNullPointer;                                             \
+        const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);                            \
+        const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                              \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                             \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                          \
+        return kelOk;                                                                                             \
+    }
+#define KEL_REPACK_C2P2(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                         \
+    KEL_API KelResult NAME(const Kel8u* pSrc, int srcStep, Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, \
+                           int dstCbCrStep, KelImageSize roiSize)                                       \
+    {                                                                                                   \
+        if (anyNull(pSrc, pDstY, pDstCbCr)) return kelErrNullPointer;                                   \
+        const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                              \
+        const Side<Kel8u> dst = planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep);                        \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                   \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                \
+        return kelOk;                                                                                   \
+    }
+#define KEL_REPACK_C2C2(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                            \
+    KEL_API KelResult NAME(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize) \
+    {                                                                                                      \
+        if (anyNull(pSrc, pDst)) return kelErrNullPointer;                                                 \
+        const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                                 \
+        const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                       \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                      \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                   \
+        return kelOk;                                                                                      \
+    }
+
+extern "C" {
+KEL_REPACK_MEMBERS(KEL_REPACK_P3P3, KEL_REPACK_P3P2, KEL_REPACK_P2P3, KEL_REPACK_C2P3, KEL_REPACK_C2P3_TESTING_STEPS,
+                   KEL_REPACK_P3C2, KEL_REPACK_P2C2, KEL_REPACK_C2P2, KEL_REPACK_C2C2)
+} // extern "C"
+
+#undef KEL_REPACK_P3P3
+#undef KEL_REPACK_P3P2
+#undef KEL_REPACK_P2P3
+#undef KEL_REPACK_C2P3
+#undef KEL_REPACK_C2P3_TESTING_STEPS
+#undef KEL_REPACK_P3C2
+#undef KEL_REPACK_P2C2
+#undef KEL_REPACK_C2P2
+#undef KEL_REPACK_C2C2
+
+// ---- sides ------------------------------------------------------------------------------
+
+namespace {
 
 template <Form F, typename Byte>
 Side<Byte> planes3(Byte* const planes[3], const int steps[3])
 {
     constexpr int cb = F == Form::P3CrCb ? 2 : 1, cr = F == Form::P3CrCb ? 1 : 2;
-    return {planes[0], steps[0], {planes[cb], planes[cr]}, {steps[cb], steps[cr]}};
+    return {{planes[0], planes[cb], planes[cr]}, {steps[0], steps[cb], steps[cr]}};
 }
 
 template <typename Byte>
 Side<Byte> planes2(Byte* y, int yStep, Byte* cbcr, int cbcrStep)
 {
-    return {y, yStep, {cbcr, cbcr + 1}, {cbcrStep, cbcrStep}};
+    return {{y, cbcr, cbcr + 1}, {yStep, cbcrStep, cbcrStep}};
 }
 
 template <Form F, typename Byte>
@@ -52,18 +261,98 @@ Side<Byte> pixelOrder(Byte* base, int step)
     constexpr int lumaAt = F == Form::C2CbYCr ? 1 : 0;
     constexpr int cbAt = F == Form::C2CbYCr ? 0 : F == Form::C2YCrCb ? 3 : 1;
     constexpr int crAt = F == Form::C2CbYCr ? 2 : F == Form::C2YCrCb ? 1 : 3;
-    return {base + lumaAt, step, {base + cbAt, base + crAt}, {step, step}};
+    return {{base + lumaAt, base + cbAt, base + crAt}, {step, step, step}};
 }
 
-// ---- the chroma rules ------------------------------------------------------------------
+} // namespace
 
-enum class Scheme { S422, S420, S411 };
-enum class Rule { Same, RowsDoubled, OddRowsDropped, OddColumnsDropped, ColumnsDoubled, ColumnsStacked, RowsUnstacked };
+// ---- kernels ----------------------------------------------------------------------------
+
+// Each member's kernel is the one repack routine with its layouts and rule.
+#define KEL_REPACK_KERNEL(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                                 \
+    void KERNEL(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)      \
+    { repack<Form::SF, Form::DF, Rule::RULE, Scheme::DS>(src, dst, width, height); }
+KEL_REPACK_EVERY_MEMBER(KEL_REPACK_KERNEL)
+#undef KEL_REPACK_KERNEL
+
+namespace {
+
+constexpr bool isPixelOrder(Form f) { return f == Form::C2YCbCr || f == Form::C2CbYCr || f == Form::C2YCrCb; }
+constexpr int lumaPitch(Form f) { return isPixelOrder(f) ? 2 : 1; }
+constexpr int chromaPitch(Form f) { return isPixelOrder(f) ? 4 : f == Form::P2 ? 2 : 1; }
 
 constexpr int chromaWidth(Scheme s, int width) { return s == Scheme::S411 ? width / 4 : width / 2; }
-constexpr int chromaHeight(Scheme s, int height) { return s == Scheme::S420 ? height / 2 : height; }
 
-// Destination chroma row j of component c, from the one or two source rows
+template <Rule R, int SrcPitch, int DstPitch>
+void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples);
+template <Rule R>
+constexpr int firstSourceRow(int j);
+
+// Luma W x H copied unchanged, then every destination chroma sample of the
+// destination scheme taken from the source by the rule.
+template <Form SF, Form DF, Rule R, Scheme DS>
+void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
+{
+    const PlaneRows<const Kel8u> from(src.planes, src.steps);
+    const PlaneRows<Kel8u> to(dst.planes, dst.steps);
+    if constexpr (isPixelOrder(DF)) {
+        // Pixel-order destinations are 4:2:2: every row gets its own chroma
+        // row, and a pair's four bytes are written together.
+        static_assert(R == Rule::Same || R == Rule::ColumnsDoubled);
+        constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
+        forEachRow(height, [&](int y) {
+            const Kel8u* sy = from.row(0, y);
+            const Kel8u* scb = from.row(1, y);
+            const Kel8u* scr = from.row(2, y);
+            Kel8u* dy = to.row(0, y);
+            Kel8u* dcb = to.row(1, y);
+            Kel8u* dcr = to.row(2, y);
+            for (int k = 0; k < width / 2; ++k) {
+                const int source = R == Rule::ColumnsDoubled ? k / 2 : k;
+                dy[4 * k] = sy[2 * k * sl];
+                dy[4 * k + 2] = sy[(2 * k + 1) * sl];
+                dcb[4 * k] = scb[source * sc];
+                dcr[4 * k] = scr[source * sc];
+            }
+        });
+        return;
+    }
+    const auto lumaRow = [&](int y) {
+        const Kel8u* s = from.row(0, y);
+        Kel8u* d = to.row(0, y);
+        if constexpr (lumaPitch(SF) == 1 && lumaPitch(DF) == 1) {
+            std::memcpy(d, s, static_cast<std::size_t>(width));
+        } else {
+            for (int x = 0; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
+        }
+    };
+    const int samples = chromaWidth(DS, width);
+    const auto chromaRows = [&](int j) {
+        for (int c = 1; c < 3; ++c) {
+            const int first = firstSourceRow<R>(j);
+            const Kel8u* srcRows[2] = {from.row(c, first), nullptr};
+            if constexpr (R == Rule::RowsUnstacked) srcRows[1] = from.row(c, first + 1);
+            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, to.row(c, j), samples);
+        }
+    };
+    // Each destination chroma row goes right after the luma rows it belongs
+    // to, while they are still in cache; the effective height always holds
+    // whole chroma rows.
+    if constexpr (DS == Scheme::S420) {
+        forEachRowPair(height, [&](int top, int bottom, int j) {
+            lumaRow(top);
+            lumaRow(bottom);
+            chromaRows(j);
+        });
+    } else {
+        forEachRow(height, [&](int y) {
+            lumaRow(y);
+            chromaRows(y);
+        });
+    }
+}
+
+// Destination chroma row j of one component, from the one or two source rows
 // the rule names.
 template <Rule R, int SrcPitch, int DstPitch>
 void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples)
@@ -88,228 +377,4 @@ constexpr int firstSourceRow(int j)
     else return j;
 }
 
-// Luma W x H copied unchanged, then every destination chroma sample of the
-// destination scheme taken from the source by the rule.
-template <Form SF, Form DF, Rule R, Scheme DS>
-void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
-{
-    if constexpr (isPixelOrder(DF)) {
-        // Pixel-order destinations are 4:2:2: every row gets its own chroma
-        // row, and a pair's four bytes are written together.
-        static_assert(R == Rule::Same || R == Rule::ColumnsDoubled);
-        constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
-        for (int y = 0; y < height; ++y) {
-            const Kel8u* sy = rowAt(src.luma, src.lumaStep, y);
-            const Kel8u* scb = rowAt(src.chroma[0], src.chromaStep[0], y);
-            const Kel8u* scr = rowAt(src.chroma[1], src.chromaStep[1], y);
-            Kel8u* dy = rowAt(dst.luma, dst.lumaStep, y);
-            Kel8u* dcb = rowAt(dst.chroma[0], dst.chromaStep[0], y);
-            Kel8u* dcr = rowAt(dst.chroma[1], dst.chromaStep[1], y);
-            for (int k = 0; k < width / 2; ++k) {
-                const int from = R == Rule::ColumnsDoubled ? k / 2 : k;
-                dy[4 * k] = sy[2 * k * sl];
-                dy[4 * k + 2] = sy[(2 * k + 1) * sl];
-                dcb[4 * k] = scb[from * sc];
-                dcr[4 * k] = scr[from * sc];
-            }
-        }
-        return;
-    }
-    const auto lumaRow = [&](int y) {
-        const Kel8u* s = rowAt(src.luma, src.lumaStep, y);
-        Kel8u* d = rowAt(dst.luma, dst.lumaStep, y);
-        if constexpr (lumaPitch(SF) == 1 && lumaPitch(DF) == 1) {
-            std::memcpy(d, s, static_cast<std::size_t>(width));
-        } else {
-            for (int x = 0; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
-        }
-    };
-    // Each destination chroma row goes right after the luma rows it belongs
-    // to, while they are still in cache; the effective height always holds
-    // whole chroma rows.
-    const int samples = chromaWidth(DS, width), rows = chromaHeight(DS, height);
-    const int lumaRowsPerChromaRow = DS == Scheme::S420 ? 2 : 1;
-    for (int j = 0; j < rows; ++j) {
-        for (int y = j * lumaRowsPerChromaRow; y < (j + 1) * lumaRowsPerChromaRow; ++y) lumaRow(y);
-        for (int c = 0; c < 2; ++c) {
-            const int first = firstSourceRow<R>(j);
-            const Kel8u* srcRows[2] = {rowAt(src.chroma[c], src.chromaStep[c], first), nullptr};
-            if constexpr (R == Rule::RowsUnstacked) srcRows[1] = rowAt(src.chroma[c], src.chromaStep[c], first + 1);
-            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, rowAt(dst.chroma[c], dst.chromaStep[c], j),
-                                                           samples);
-        }
-    }
-}
-
-// ---- argument tests ---------------------------------------------------------------------
-
-// Effective size and the size test of each member.
-struct Sizing {
-    int widthMask, heightMask;  // ~1 or ~3; ~1 or ~0 (whole height)
-    int minWidth, minHeight;    // minHeight 0: the height is not tested
-};
-constexpr Sizing kEvenBoth{~1, ~1, 2, 2};
-constexpr Sizing kQuadEven{~3, ~1, 4, 2};
-constexpr Sizing kEvenWidth{~1, ~0, 2, 0};
-constexpr Sizing kQuadWidth{~3, ~0, 4, 0};
-constexpr Sizing kEvenWidthTestedHeight{~1, ~0, 2, 1};
-
-bool sizeRefused(KelImageSize roi, Sizing sizing)
-{
-    return roi.width < sizing.minWidth || (sizing.minHeight > 0 && roi.height < sizing.minHeight);
-}
-
-using RepackKernel = void (*)(const Side<const Kel8u>&, const Side<Kel8u>&, int, int);
-
-KelResult repackCall(RepackKernel kernel, const Side<const Kel8u>& src, const Side<Kel8u>& dst, KelImageSize roi,
-                     Sizing sizing)
-{
-    if (sizeRefused(roi, sizing)) return kelErrSize;
-    kernel(src, dst, roi.width & sizing.widthMask, roi.height & sizing.heightMask);
-    return kelOk;
-}
-
 } // namespace
-
-// ---- public functions, by argument shape ------------------------------------------------
-
-// Each member's kernel is the one repack routine with its layouts and rule.
-#define KEL_REPACK_KERNEL(NAME, SF, DF, RULE, DS)                                                                   \
-    void own##NAME(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)                      \
-    { repack<SF, DF, RULE, DS>(src, dst, width, height); }
-
-#define KEL_REPACK_P3P3(NAME, SF, DF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, SF, DF, RULE, DS)                                                                       \
-    KEL_API KelResult keli##NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],             \
-                                 const int dstStep[3], KelImageSize roiSize)                                         \
-    {                                                                                                               \
-        if (anyNull(pSrc, pDst) || anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer;               \
-        return repackCall(own##NAME, planes3<SF>(pSrc, srcStep), planes3<DF>(pDst, dstStep), roiSize, SIZING); \
-    }
-#define KEL_REPACK_P3P2(NAME, SF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, SF, Form::P2, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep,       \
-                                 Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize)                             \
-    {                                                                                                               \
-        if (anyNull(pSrc, pDstY, pDstCbCr) || anyNullPlane(pSrc)) return kelErrNullPointer;                          \
-        return repackCall(own##NAME, planes3<SF>(pSrc, srcStep),                                        \
-                                                  planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep), roiSize, SIZING); \
-    }
-#define KEL_REPACK_P2P3(NAME, DF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, Form::P2, DF, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,          \
-                                 Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize)                   \
-    {                                                                                                               \
-        if (anyNull(pSrcY, pSrcCbCr, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;                          \
-        return repackCall(own##NAME, planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep),                   \
-                                                  planes3<DF>(pDst, dstStep), roiSize, SIZING);                      \
-    }
-#define KEL_REPACK_C2P3(NAME, SF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, SF, Form::P3, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3],         \
-                                 KelImageSize roiSize)                                                               \
-    {                                                                                                               \
-        if (anyNull(pSrc, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;                                     \
-        return repackCall(own##NAME, pixelOrder<SF>(pSrc, srcStep), planes3<Form::P3>(pDst, dstStep),   \
-                                                  roiSize, SIZING);                                                  \
-    }
-#define KEL_REPACK_P3C2(NAME, DF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, Form::P3, DF, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep,         \
-                                 KelImageSize roiSize)                                                               \
-    {                                                                                                               \
-        if (anyNull(pSrc, pDst) || anyNullPlane(pSrc)) return kelErrNullPointer;                                     \
-        return repackCall(own##NAME, planes3<Form::P3>(pSrc, srcStep), pixelOrder<DF>(pDst, dstStep),   \
-                                                  roiSize, SIZING);                                                  \
-    }
-#define KEL_REPACK_P2C2(NAME, DF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, Form::P2, DF, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,          \
-                                 Kel8u* pDst, int dstStep, KelImageSize roiSize)                                     \
-    {                                                                                                               \
-        if (anyNull(pSrcY, pSrcCbCr, pDst)) return kelErrNullPointer;                                                \
-        return repackCall(own##NAME, planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep),                   \
-                                                  pixelOrder<DF>(pDst, dstStep), roiSize, SIZING);                   \
-    }
-#define KEL_REPACK_C2P2(NAME, SF, RULE, DS, SIZING)                                                             \
-    KEL_REPACK_KERNEL(NAME, SF, Form::P2, RULE, DS)                                                             \
-    KEL_API KelResult keli##NAME(const Kel8u* pSrc, int srcStep, Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr,        \
-                                 int dstCbCrStep, KelImageSize roiSize)                                              \
-    {                                                                                                               \
-        if (anyNull(pSrc, pDstY, pDstCbCr)) return kelErrNullPointer;                                                \
-        return repackCall(own##NAME, pixelOrder<SF>(pSrc, srcStep),                                     \
-                                                  planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep), roiSize, SIZING); \
-    }
-
-extern "C" {
-
-// Rows doubled: 4:2:0 to 4:2:2.
-KEL_REPACK_P3P3(YCbCr420ToYCbCr422_8u_P3R, Form::P3, Form::P3, Rule::RowsDoubled, Scheme::S422, kEvenBoth)
-KEL_REPACK_P3P3(YCrCb420ToYCbCr422_8u_P3R, Form::P3CrCb, Form::P3, Rule::RowsDoubled, Scheme::S422, kEvenBoth)
-KEL_REPACK_P2P3(YCbCr420ToYCbCr422_8u_P2P3R, Form::P3, Rule::RowsDoubled, Scheme::S422, kEvenBoth)
-
-// Odd rows dropped: 4:2:2 to 4:2:0.
-KEL_REPACK_P3P3(YCbCr422ToYCbCr420_8u_P3R, Form::P3, Form::P3, Rule::OddRowsDropped, Scheme::S420, kEvenBoth)
-KEL_REPACK_C2P3(YCbCr422ToYCbCr420_8u_C2P3R, Form::C2YCbCr, Rule::OddRowsDropped, Scheme::S420, kEvenBoth)
-KEL_REPACK_C2P3(CbYCr422ToYCbCr420_8u_C2P3R, Form::C2CbYCr, Rule::OddRowsDropped, Scheme::S420, kEvenBoth)
-KEL_REPACK_C2P3(YCrCb422ToYCbCr420_8u_C2P3R, Form::C2YCrCb, Rule::OddRowsDropped, Scheme::S420, kEvenBoth)
-KEL_REPACK_P3P2(YCbCr422ToYCbCr420_8u_P3P2R, Form::P3, Rule::OddRowsDropped, Scheme::S420, kEvenBoth)
-
-// Same samples in another layout.
-KEL_REPACK_C2P3(YCrCb422ToYCbCr422_8u_C2P3R, Form::C2YCrCb, Rule::Same, Scheme::S422, kEvenWidth)
-KEL_REPACK_C2P3(CbYCr422ToYCbCr422_8u_C2P3R, Form::C2CbYCr, Rule::Same, Scheme::S422, kEvenWidth)
-KEL_REPACK_P3C2(YCbCr422_8u_P3C2R, Form::C2YCbCr, Rule::Same, Scheme::S422, kEvenWidthTestedHeight)
-KEL_REPACK_P3C2(YCbCr422ToYCrCb422_8u_P3C2R, Form::C2YCrCb, Rule::Same, Scheme::S422, kEvenWidth)
-KEL_REPACK_P3P2(YCbCr420_8u_P3P2R, Form::P3, Rule::Same, Scheme::S420, kEvenBoth)
-KEL_REPACK_P2P3(YCbCr420_8u_P2P3R, Form::P3, Rule::Same, Scheme::S420, kEvenBoth)
-KEL_REPACK_P3P2(YCbCr411_8u_P3P2R, Form::P3, Rule::Same, Scheme::S411, kQuadWidth)
-KEL_REPACK_P2P3(YCbCr411_8u_P2P3R, Form::P3, Rule::Same, Scheme::S411, kQuadWidth)
-
-// The one member that also tests its stride array.
-KEL_REPACK_KERNEL(YCbCr422_8u_C2P3R, Form::C2YCbCr, Form::P3, Rule::Same, Scheme::S422)
-KEL_API KelResult keliYCbCr422_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3],
-                                        KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst, dstStep) || anyNullPlane(pDst)) return kelErrNullPointer;
-    return repackCall(ownYCbCr422_8u_C2P3R,
-        pixelOrder<Form::C2YCbCr>(pSrc, srcStep), planes3<Form::P3>(pDst, dstStep), roiSize, kEvenWidthTestedHeight);
-}
-
-// Pixel order to pixel order: Y0 Cb Y1 Cr becomes Y0 Cr Y1 Cb.
-KEL_REPACK_KERNEL(YCbCr422ToYCrCb422_8u_C2R, Form::C2YCbCr, Form::C2YCrCb, Rule::Same, Scheme::S422)
-KEL_API KelResult keliYCbCr422ToYCrCb422_8u_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep,
-                                                KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst)) return kelErrNullPointer;
-    return repackCall(ownYCbCr422ToYCrCb422_8u_C2R,
-        pixelOrder<Form::C2YCbCr>(pSrc, srcStep), pixelOrder<Form::C2YCrCb>(pDst, dstStep), roiSize, kEvenWidth);
-}
-
-// Odd columns dropped: 4:2:2 to 4:1:1.
-KEL_REPACK_P3P3(YCbCr422ToYCbCr411_8u_P3R, Form::P3, Form::P3, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-KEL_REPACK_P3P2(YCbCr422ToYCbCr411_8u_P3P2R, Form::P3, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-KEL_REPACK_C2P2(YCbCr422ToYCbCr411_8u_C2P2R, Form::C2YCbCr, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-KEL_REPACK_C2P3(YCbCr422ToYCbCr411_8u_C2P3R, Form::C2YCbCr, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-KEL_REPACK_C2P3(CbYCr422ToYCbCr411_8u_C2P3R, Form::C2CbYCr, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-KEL_REPACK_C2P3(YCrCb422ToYCbCr411_8u_C2P3R, Form::C2YCrCb, Rule::OddColumnsDropped, Scheme::S411, kQuadWidth)
-
-// Columns doubled: 4:1:1 to 4:2:2.
-KEL_REPACK_P3P3(YCbCr411ToYCbCr422_8u_P3R, Form::P3, Form::P3, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-KEL_REPACK_P3P3(YCbCr411ToYCrCb422_8u_P3R, Form::P3, Form::P3CrCb, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-KEL_REPACK_P3C2(YCbCr411ToYCbCr422_8u_P3C2R, Form::C2YCbCr, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-KEL_REPACK_P3C2(YCbCr411ToYCrCb422_8u_P3C2R, Form::C2YCrCb, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-KEL_REPACK_P2C2(YCbCr411ToYCbCr422_8u_P2C2R, Form::C2YCbCr, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-KEL_REPACK_P2P3(YCbCr411ToYCbCr422_8u_P2P3R, Form::P3, Rule::ColumnsDoubled, Scheme::S422, kQuadWidth)
-
-// Columns stacked: 4:2:0 to 4:1:1, every sample kept.
-KEL_REPACK_P3P2(YCbCr420ToYCbCr411_8u_P3P2R, Form::P3, Rule::ColumnsStacked, Scheme::S411, kQuadEven)
-KEL_REPACK_P3P2(YCrCb420ToYCbCr411_8u_P3P2R, Form::P3CrCb, Rule::ColumnsStacked, Scheme::S411, kQuadEven)
-KEL_REPACK_P2P3(YCbCr420ToYCbCr411_8u_P2P3R, Form::P3, Rule::ColumnsStacked, Scheme::S411, kQuadEven)
-
-// Rows unstacked: 4:1:1 to 4:2:0, the inverse of stacking.
-KEL_REPACK_P3P3(YCbCr411ToYCbCr420_8u_P3R, Form::P3, Form::P3, Rule::RowsUnstacked, Scheme::S420, kQuadEven)
-KEL_REPACK_P3P2(YCbCr411ToYCbCr420_8u_P3P2R, Form::P3, Rule::RowsUnstacked, Scheme::S420, kQuadEven)
-KEL_REPACK_P2P3(YCbCr411ToYCbCr420_8u_P2P3R, Form::P3, Rule::RowsUnstacked, Scheme::S420, kQuadEven)
-KEL_REPACK_P2P3(YCbCr411ToYCrCb420_8u_P2P3R, Form::P3CrCb, Rule::RowsUnstacked, Scheme::S420, kQuadEven)
-
-} // extern "C"
