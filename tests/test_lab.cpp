@@ -49,14 +49,12 @@ TEST(LabValues, InverseHasOnlyTheCubicPiece)
 
 TEST(LabValues, NegativeResultsClampToZero)
 {
-    // Extreme a and b drive X or Z negative and cube them: every channel stays a byte.
-    for (Bytes3 lab : {Bytes3{0, 0, 255}, Bytes3{0, 255, 0}, Bytes3{40, 0, 0}, Bytes3{255, 0, 255}}) {
-        const Bytes3 bgr = fromLab8(lab);
-        const Bytes3 again = fromLab8(lab);
-        EXPECT_EQ(bgr, again);
-    }
-    EXPECT_EQ(0, fromLab8({0, 0, 255})[0]);    // b far above 0 empties blue
-    EXPECT_EQ(0, fromLab8({0, 255, 128})[1]);  // a far above 0 empties green
+    // Extreme a and b make X or Z negative through the cube; each colour sum
+    // below 1 (here -36.2, 0.23, -7.5, -18.9, -113.4, -32.2, -75.3) gives 0.
+    EXPECT_EQ((Bytes3{0, 0, 15}), fromLab8({0, 0, 255}));
+    EXPECT_EQ((Bytes3{139, 0, 0}), fromLab8({0, 255, 0}));
+    EXPECT_EQ((Bytes3{222, 19, 0}), fromLab8({40, 0, 0}));
+    EXPECT_EQ((Bytes3{0, 255, 0}), fromLab8({255, 0, 255}));  // and green saturates at 382
 }
 
 // Each ratio test takes the linear piece at or below the threshold.
