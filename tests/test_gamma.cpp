@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
-#include <functional>
+#include <type_traits>
 #include <vector>
 
 #include "kelcc.h"
@@ -105,63 +105,46 @@ TEST(GammaCurve, EightBitTables)
 
 enum class Walk { C3, AC4, P3 };
 
+// src is ignored by the in-place forms, which work on dst.
+using GammaCall = KelResult (*)(const void* src, int srcStep, void* dst, int dstStep, KelImageSize, float, float);
+
 struct Member {
     const char* name;
     int sampleBytes;  // 1, 2 or 4 (float)
     Walk walk;
-    bool inPlace;
-    bool forward;
-    // src is ignored by the in-place forms, which work on dst.
-    std::function<KelResult(const void* src, int srcStep, void* dst, int dstStep, KelImageSize, float, float)> call;
+    bool inPlace, forward;
+    GammaCall call;
 };
 
-#define KT_R(FN, T)                                                                                      \
-    [](const void* s, int ss, void* d, int ds, KelImageSize z, float, float) {                           \
-        return FN(static_cast<const T*>(s), ss, static_cast<T*>(d), ds, z);                              \
-    }
-#define KT_I(FN, T) [](const void*, int, void* d, int ds, KelImageSize z, float, float) { return FN(static_cast<T*>(d), ds, z); }
-#define KT_RP(FN, T)                                                                                     \
-    [](const void* s, int ss, void* d, int ds, KelImageSize z, float, float) {                           \
-        return FN(static_cast<const T* const*>(s), ss, static_cast<T* const*>(d), ds, z);                \
-    }
-#define KT_IP(FN, T) [](const void*, int, void* d, int ds, KelImageSize z, float, float) { return FN(static_cast<T* const*>(d), ds, z); }
-#define KT_RF(FN)                                                                                        \
-    [](const void* s, int ss, void* d, int ds, KelImageSize z, float lo, float hi) {                     \
-        return FN(static_cast<const Kel32f*>(s), ss, static_cast<Kel32f*>(d), ds, z, lo, hi);            \
-    }
-#define KT_IF(FN)                                                                                        \
-    [](const void*, int, void* d, int ds, KelImageSize z, float lo, float hi) {                          \
-        return FN(static_cast<Kel32f*>(d), ds, z, lo, hi);                                               \
-    }
-#define KT_RPF(FN)                                                                                       \
-    [](const void* s, int ss, void* d, int ds, KelImageSize z, float lo, float hi) {                     \
-        return FN(static_cast<const Kel32f* const*>(s), ss, static_cast<Kel32f* const*>(d), ds, z, lo, hi); \
-    }
-#define KT_IPF(FN)                                                                                       \
-    [](const void*, int, void* d, int ds, KelImageSize z, float lo, float hi) {                          \
-        return FN(static_cast<Kel32f* const*>(d), ds, z, lo, hi);                                        \
-    }
+// The 32f members take the range after the size.
+template <typename S, typename D, auto F>
+KelResult outOfPlace(const void* s, int ss, void* d, int ds, KelImageSize z, float lo, float hi)
+{
+    if constexpr (std::is_invocable_v<decltype(F), S, int, D, int, KelImageSize>)
+        return F(static_cast<S>(s), ss, static_cast<D>(d), ds, z);
+    else
+        return F(static_cast<S>(s), ss, static_cast<D>(d), ds, z, lo, hi);
+}
+template <typename D, auto F> KelResult inPlace(const void*, int, void* d, int ds, KelImageSize z, float lo, float hi)
+{
+    if constexpr (std::is_invocable_v<decltype(F), D, int, KelImageSize>)
+        return F(static_cast<D>(d), ds, z);
+    else
+        return F(static_cast<D>(d), ds, z, lo, hi);
+}
 
-#define KT_MEMBERS_8_16(DIR, FWD, T, TAG, BYTES)                                                                \
-    {#DIR "_" #TAG "_C3R", BYTES, Walk::C3, false, FWD, KT_R(keli##DIR##_##TAG##_C3R, T)},                   \
-    {#DIR "_" #TAG "_C3IR", BYTES, Walk::C3, true, FWD, KT_I(keli##DIR##_##TAG##_C3IR, T)},                  \
-    {#DIR "_" #TAG "_AC4R", BYTES, Walk::AC4, false, FWD, KT_R(keli##DIR##_##TAG##_AC4R, T)},                \
-    {#DIR "_" #TAG "_AC4IR", BYTES, Walk::AC4, true, FWD, KT_I(keli##DIR##_##TAG##_AC4IR, T)},               \
-    {#DIR "_" #TAG "_P3R", BYTES, Walk::P3, false, FWD, KT_RP(keli##DIR##_##TAG##_P3R, T)},                  \
-    {#DIR "_" #TAG "_IP3R", BYTES, Walk::P3, true, FWD, KT_IP(keli##DIR##_##TAG##_IP3R, T)}
-
-#define KT_MEMBERS_32F(DIR, FWD)                                                                               \
-    {#DIR "_32f_C3R", 4, Walk::C3, false, FWD, KT_RF(keli##DIR##_32f_C3R)},                                  \
-    {#DIR "_32f_C3IR", 4, Walk::C3, true, FWD, KT_IF(keli##DIR##_32f_C3IR)},                                 \
-    {#DIR "_32f_AC4R", 4, Walk::AC4, false, FWD, KT_RF(keli##DIR##_32f_AC4R)},                               \
-    {#DIR "_32f_AC4IR", 4, Walk::AC4, true, FWD, KT_IF(keli##DIR##_32f_AC4IR)},                              \
-    {#DIR "_32f_P3R", 4, Walk::P3, false, FWD, KT_RPF(keli##DIR##_32f_P3R)},                                 \
-    {#DIR "_32f_IP3R", 4, Walk::P3, true, FWD, KT_IPF(keli##DIR##_32f_IP3R)}
+#define GAMMA(STEM, T, FWD)                                                                                          \
+    {#STEM "_C3R", sizeof(T), Walk::C3, false, FWD, outOfPlace<const T*, T*, STEM##_C3R>},                          \
+    {#STEM "_C3IR", sizeof(T), Walk::C3, true, FWD, inPlace<T*, STEM##_C3IR>},                                      \
+    {#STEM "_AC4R", sizeof(T), Walk::AC4, false, FWD, outOfPlace<const T*, T*, STEM##_AC4R>},                       \
+    {#STEM "_AC4IR", sizeof(T), Walk::AC4, true, FWD, inPlace<T*, STEM##_AC4IR>},                                   \
+    {#STEM "_P3R", sizeof(T), Walk::P3, false, FWD, outOfPlace<const T* const*, T* const*, STEM##_P3R>},            \
+    {#STEM "_IP3R", sizeof(T), Walk::P3, true, FWD, inPlace<T* const*, STEM##_IP3R>}
 
 const Member kMembers[] = {
-    KT_MEMBERS_8_16(GammaFwd, true, Kel8u, 8u, 1),   KT_MEMBERS_8_16(GammaInv, false, Kel8u, 8u, 1),
-    KT_MEMBERS_8_16(GammaFwd, true, Kel16u, 16u, 2), KT_MEMBERS_8_16(GammaInv, false, Kel16u, 16u, 2),
-    KT_MEMBERS_32F(GammaFwd, true),                  KT_MEMBERS_32F(GammaInv, false),
+    GAMMA(keliGammaFwd_8u, Kel8u, true),   GAMMA(keliGammaInv_8u, Kel8u, false),
+    GAMMA(keliGammaFwd_16u, Kel16u, true), GAMMA(keliGammaInv_16u, Kel16u, false),
+    GAMMA(keliGammaFwd_32f, Kel32f, true), GAMMA(keliGammaInv_32f, Kel32f, false),
 };
 
 constexpr float kLow = -2.0f, kHigh = 6.0f;
@@ -273,7 +256,7 @@ TEST_P(GammaMember, MapsEverySampleAndLeavesAlphaAlone)
 }
 
 INSTANTIATE_TEST_SUITE_P(Gamma, GammaMember, ::testing::ValuesIn(kMembers),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& info) { return std::string(info.param.name).substr(4); });
 
 // ---- 16-bit paths and the allocator --------------------------------------------
 

@@ -261,90 +261,73 @@ TEST(Resampling, ExactSizesAreRequired)
                                                      p3.steps.data(), {6, 2}));
 }
 
-TEST(Resampling, FourTwoZeroToFourOneOneAveragesOddRowsAndRepeatsTheLast)
+// What a resampling member writes: luma copied; chroma averaged where a
+// neighbour exists (the inner 16:2:0 Cb cells round, the Cr cells truncate)
+// and repeated where none does.
+void resampled(Scheme from, Scheme to, YccImage& s, YccImage& e, int width, int height)
 {
-    YccImage src(F::P3, Scheme::S420, 8, 4), dst(F::P3, Scheme::S411, 8, 4);
-    src.fill(2);
-    ASSERT_EQ(kelOk, keliYCbCr420To411_8u_P3R(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {8, 4}));
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) e.luma(x, y) = s.luma(x, y);
+    const int rows = height / cellHeight(from), columns = width / cellWidth(from);
     for (int c = 0; c < 2; ++c)
-        for (int k = 0; k < 2; ++k) {
-            EXPECT_EQ(src.chroma(c, 0, 2 * k), dst.chroma(c, 0, k));
-            EXPECT_EQ((src.chroma(c, 0, 2 * k) + src.chroma(c, 1, 2 * k)) >> 1, dst.chroma(c, 1, k));
-            EXPECT_EQ(src.chroma(c, 1, 2 * k), dst.chroma(c, 2, k));
-            EXPECT_EQ(src.chroma(c, 1, 2 * k), dst.chroma(c, 3, k));
-        }
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 8; ++x) EXPECT_EQ(src.luma(x, y), dst.luma(x, y));
+        for (int j = 0; j < rows; ++j)
+            for (int k = 0; k < columns; ++k) {
+                auto S = [&](int jj, int kk) { return int(s.chroma(c, jj, kk)); };
+                const bool lastRow = j + 1 == rows, lastColumn = k + 1 == columns;
+                if (from == Scheme::S420 && to == Scheme::S411 && k % 2 == 0 && k / 2 < width / 4) {
+                    e.chroma(c, 2 * j, k / 2) = Kel8u(S(j, k));
+                    e.chroma(c, 2 * j + 1, k / 2) = Kel8u(lastRow ? S(j, k) : (S(j, k) + S(j + 1, k)) >> 1);
+                } else if (from == Scheme::S411 && j % 2 == 0) {
+                    e.chroma(c, j / 2, 2 * k) = Kel8u(S(j, k));
+                    e.chroma(c, j / 2, 2 * k + 1) = Kel8u(lastColumn ? S(j, k) : (S(j, k) + S(j, k + 1)) >> 1);
+                } else if (to == Scheme::S1620 && j % 2 == 0 && k % 2 == 0) {
+                    e.chroma(c, j / 2, k / 2) = Kel8u(S(j, k));
+                } else if (from == Scheme::S1620) {
+                    const int a = S(j, k), b = lastColumn ? a : S(j, k + 1), d = lastRow ? a : S(j + 1, k);
+                    const int round = c == 0 && !lastRow && !lastColumn ? 1 : 0;  // Cb rounds, Cr truncates
+                    const int all = lastRow || lastColumn ? 0 : a + b + d + S(j + 1, k + 1);
+                    e.chroma(c, 2 * j, 2 * k) = Kel8u(a);
+                    e.chroma(c, 2 * j, 2 * k + 1) = Kel8u(lastColumn ? a : (a + b + round) >> 1);
+                    e.chroma(c, 2 * j + 1, 2 * k) = Kel8u(lastRow ? a : (a + d + round) >> 1);
+                    e.chroma(c, 2 * j + 1, 2 * k + 1) = Kel8u(lastRow ? a : lastColumn ? (a + d) >> 1 : (all + 2 * round) >> 2);
+                }
+            }
 }
 
-TEST(Resampling, FourOneOneToFourTwoZeroReadsEvenRowsAndAveragesColumns)
+TEST(Resampling, EveryMemberFollowsItsRules)
 {
-    YccImage src(F::P3, Scheme::S411, 8, 4), dst(F::P3, Scheme::S420, 8, 4);
-    src.fill(3);
-    ASSERT_EQ(kelOk, keliYCbCr411To420_8u_P3R(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {8, 4}));
-    for (int c = 0; c < 2; ++c)
-        for (int j = 0; j < 2; ++j) {
-            EXPECT_EQ(src.chroma(c, 2 * j, 0), dst.chroma(c, j, 0));
-            EXPECT_EQ((src.chroma(c, 2 * j, 0) + src.chroma(c, 2 * j, 1)) >> 1, dst.chroma(c, j, 1));
-            EXPECT_EQ(src.chroma(c, 2 * j, 1), dst.chroma(c, j, 2));
-            EXPECT_EQ(src.chroma(c, 2 * j, 1), dst.chroma(c, j, 3));
+    const ResampleCase cases[] = {{Scheme::S420, Scheme::S411, keliYCbCr420To411_8u_P3R},
+                                  {Scheme::S411, Scheme::S420, keliYCbCr411To420_8u_P3R},
+                                  {Scheme::S420, Scheme::S1620, keliYCbCr420To1620_8u_P3R},
+                                  {Scheme::S1620, Scheme::S420, keliYCbCr1620To420_8u_P3R}};
+    for (const auto& c : cases)
+        for (auto [w, h] : {std::pair{4, 4}, std::pair{8, 8}, std::pair{12, 8}, std::pair{8, 12}}) {
+            YccImage src(F::P3, c.from, w, h, Placement::Fenced), dst(F::P3, c.to, w, h, Placement::Fenced),
+                expected(F::P3, c.to, w, h);
+            src.fill(w + h);
+            dst.fillWith(5);
+            expected.fillWith(5);
+            ASSERT_EQ(kelOk, c.call(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {w, h}));
+            resampled(c.from, c.to, src, expected, w, h);
+            EXPECT_EQ(expected.rows(), dst.rows()) << w << "x" << h;
+            EXPECT_TRUE(dst.intact());
         }
 }
 
-TEST(Resampling, SixteenTwoZeroCellsRoundCbAndTruncateCr)
+TEST(Resampling, SixteenTwoZeroInnerCellRoundsCbAndTruncatesCr)
 {
     YccImage src(F::P3, Scheme::S1620, 8, 8), dst(F::P3, Scheme::S420, 8, 8);
-    // a = 1, b = 2 in the first row; c = 4, d = 7 below.
-    for (int c = 0; c < 2; ++c) {
+    for (int c = 0; c < 2; ++c) {  // a = 1, b = 2; c = 4, d = 7 below
         src.chroma(c, 0, 0) = 1;
         src.chroma(c, 0, 1) = 2;
         src.chroma(c, 1, 0) = 4;
         src.chroma(c, 1, 1) = 7;
     }
     ASSERT_EQ(kelOk, keliYCbCr1620To420_8u_P3R(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {8, 8}));
-    // Inner cell: Cb rounds half up, Cr truncates.
-    EXPECT_EQ(1, dst.chroma(0, 0, 0));
-    EXPECT_EQ(2, dst.chroma(0, 0, 1));  // (1 + 2 + 1) >> 1
-    EXPECT_EQ(1, dst.chroma(1, 0, 1));  // (1 + 2) >> 1
-    EXPECT_EQ(3, dst.chroma(0, 1, 0));  // (1 + 4 + 1) >> 1
-    EXPECT_EQ(2, dst.chroma(1, 1, 0));
+    EXPECT_EQ(2, dst.chroma(0, 0, 1));
+    EXPECT_EQ(1, dst.chroma(1, 0, 1));
     EXPECT_EQ(4, dst.chroma(0, 1, 1));  // (1 + 2 + 4 + 7 + 2) >> 2
     EXPECT_EQ(3, dst.chroma(1, 1, 1));  // 14 >> 2
-    // Last column, not last row: (a + c) >> 1 below, a to the right, in both.
-    for (int c = 0; c < 2; ++c) {
-        EXPECT_EQ(2, dst.chroma(c, 0, 2));
-        EXPECT_EQ(2, dst.chroma(c, 0, 3));
-        EXPECT_EQ((2 + 7) >> 1, dst.chroma(c, 1, 2));
-        EXPECT_EQ((2 + 7) >> 1, dst.chroma(c, 1, 3));
-        // Last row, not last column: (a + b) >> 1 to the right, a below.
-        EXPECT_EQ((4 + 7) >> 1, dst.chroma(c, 2, 1));
-        EXPECT_EQ(4, dst.chroma(c, 3, 0));
-        EXPECT_EQ(4, dst.chroma(c, 3, 1));
-        // Last row and column: a everywhere.
-        EXPECT_EQ(7, dst.chroma(c, 2, 3));
-        EXPECT_EQ(7, dst.chroma(c, 3, 3));
-    }
-}
-
-TEST(Resampling, SmallestSixteenTwoZeroImageHasOneSampleAPlane)
-{
-    YccImage src(F::P3, Scheme::S1620, 4, 4), dst(F::P3, Scheme::S420, 4, 4);
-    src.fill(6);
-    ASSERT_EQ(kelOk, keliYCbCr1620To420_8u_P3R(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {4, 4}));
-    for (int c = 0; c < 2; ++c)
-        for (int j = 0; j < 2; ++j)
-            for (int k = 0; k < 2; ++k) EXPECT_EQ(src.chroma(c, 0, 0), dst.chroma(c, j, k));
-    EXPECT_TRUE(dst.intact());
-}
-
-TEST(Resampling, FourTwoZeroToSixteenTwoZeroTakesEveryOtherSample)
-{
-    YccImage src(F::P3, Scheme::S420, 8, 8), dst(F::P3, Scheme::S1620, 8, 8);
-    src.fill(7);
-    ASSERT_EQ(kelOk, keliYCbCr420To1620_8u_P3R(src.in(), src.steps.data(), dst.out(), dst.steps.data(), {8, 8}));
-    for (int c = 0; c < 2; ++c)
-        for (int j = 0; j < 2; ++j)
-            for (int k = 0; k < 2; ++k) EXPECT_EQ(src.chroma(c, 2 * j, 2 * k), dst.chroma(c, j, k));
 }
 
 TEST(RepackCases, StrideArrayNullOnlyTestedByOneMember)

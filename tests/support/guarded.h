@@ -7,10 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
-#include <random>
-#include <string>
 #include <vector>
 
 #include "kelcc.h"
@@ -33,15 +30,9 @@ public:
     GuardedImage& operator=(const GuardedImage&) = delete;
 
     std::uint8_t* data() { return first_; }
-    const std::uint8_t* data() const { return first_; }
     std::uint8_t* row(int y) { return first_ + static_cast<std::ptrdiff_t>(step_) * y; }
     const std::uint8_t* row(int y) const { return first_ + static_cast<std::ptrdiff_t>(step_) * y; }
     int step() const { return static_cast<int>(step_); }
-    std::size_t rowBytes() const { return rowBytes_; }
-    int height() const { return height_; }
-
-    template <typename T> T& at(int x, int y) { return reinterpret_cast<T*>(row(y))[x]; }
-    template <typename T> T at(int x, int y) const { return reinterpret_cast<const T*>(row(y))[x]; }
 
     // Fill the image rows (not guards or padding) with pseudo-random bytes.
     void fillRandom(std::uint32_t seed);
@@ -51,8 +42,6 @@ public:
     std::vector<std::uint8_t> rows() const;
     // True when guards and row padding still hold their pattern.
     bool fenceIntact() const;
-    // Describes the first damaged guard or padding byte, or "" when intact.
-    std::string fenceDamage() const;
 
 private:
     std::uint8_t patternAt(std::size_t offset) const;
@@ -87,7 +76,6 @@ public:
     Image& channel(Channel c) { channels_.push_back(c); return *this; }
 
     std::size_t count() const { return buffers_.size(); }
-    GuardedImage& buffer(std::size_t i) { return *buffers_[i]; }
     std::uint8_t* row(std::size_t i, int y) { return buffers_[i]->row(y); }
     template <typename T = Kel8u> T& at(int x, int y, int c)
     {
