@@ -9,8 +9,7 @@
 
 #include "kelcc.h"
 #include "kelcore.h"
-#include "support/guarded.h"
-#include "support/pixel.h"
+#include "support/layouts.h"
 
 using namespace kt;
 
@@ -49,14 +48,12 @@ TEST(LabValues, InverseHasOnlyTheCubicPiece)
 
 TEST(LabValues, NegativeResultsClampToZero)
 {
-    // Extreme a and b drive X or Z negative and cube them: every channel stays a byte.
-    for (Bytes3 lab : {Bytes3{0, 0, 255}, Bytes3{0, 255, 0}, Bytes3{40, 0, 0}, Bytes3{255, 0, 255}}) {
-        const Bytes3 bgr = fromLab8(lab);
-        const Bytes3 again = fromLab8(lab);
-        EXPECT_EQ(bgr, again);
-    }
-    EXPECT_EQ(0, fromLab8({0, 0, 255})[0]);    // b far above 0 empties blue
-    EXPECT_EQ(0, fromLab8({0, 255, 128})[1]);  // a far above 0 empties green
+    // Extreme a and b make X or Z negative through the cube; each colour sum
+    // below 1 (here -36.2, 0.23, -7.5, -18.9, -113.4, -32.2, -75.3) gives 0.
+    EXPECT_EQ((Bytes3{0, 0, 15}), fromLab8({0, 0, 255}));
+    EXPECT_EQ((Bytes3{139, 0, 0}), fromLab8({0, 255, 0}));
+    EXPECT_EQ((Bytes3{222, 19, 0}), fromLab8({40, 0, 0}));
+    EXPECT_EQ((Bytes3{0, 255, 0}), fromLab8({255, 0, 255}));  // and green saturates at 382
 }
 
 // Each ratio test takes the linear piece at or below the threshold.
@@ -163,28 +160,27 @@ protected:
     {
         const Member& m = GetParam();
         ThreadCount count(threads);
-        // An even row padding keeps 16-bit rows on 2-byte boundaries.
-        GuardedImage src(static_cast<std::size_t>(width) * 3 * m.srcSample, height, placement, 14);
-        GuardedImage dst(static_cast<std::size_t>(width) * 3 * m.dstSample, height, placement, 14);
-        src.fillRandom(static_cast<std::uint32_t>(width * 7 + height));
-        dst.fill(0x5A);
+        Image src = pixels(width, height, 3, true, m.srcSample, placement),
+              dst = pixels(width, height, 3, true, m.dstSample, placement);
+        src.fill(static_cast<std::uint32_t>(width * 7 + height));
+        dst.fillWith(0x5A);
         const auto srcBefore = src.rows();
-        EXPECT_EQ(kelOk, m.call(src.data(), src.step(), dst.data(), dst.step(), {width, height}));
+        EXPECT_EQ(kelOk, m.call(src.ptr(), src.step(), dst.ptr(), dst.step(), {width, height}));
         EXPECT_EQ(srcBefore, src.rows());
-        EXPECT_TRUE(src.fenceIntact());
-        EXPECT_TRUE(dst.fenceIntact()) << dst.fenceDamage();
+        EXPECT_TRUE(src.intact());
+        EXPECT_TRUE(dst.intact());
         return dst.rows();
     }
 
     void expectStatus(KelResult expected, bool nullSrc, bool nullDst, KelImageSize size)
     {
         const Member& m = GetParam();
-        GuardedImage src(4 * 3 * m.srcSample, 2), dst(4 * 3 * m.dstSample, 2);
-        dst.fill(0x77);
-        EXPECT_EQ(expected, m.call(nullSrc ? nullptr : src.data(), src.step(), nullDst ? nullptr : dst.data(),
+        Image src = pixels(4, 2, 3, true, m.srcSample), dst = pixels(4, 2, 3, true, m.dstSample);
+        dst.fillWith(0x77);
+        EXPECT_EQ(expected, m.call(nullSrc ? nullptr : src.ptr(), src.step(), nullDst ? nullptr : dst.ptr(),
                                    dst.step(), size));
         EXPECT_EQ(std::vector<std::uint8_t>(dst.rows().size(), 0x77), dst.rows());
-        EXPECT_TRUE(dst.fenceIntact());
+        EXPECT_TRUE(dst.intact());
     }
 };
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "kelcc.h"
-#include "support/guarded.h"
+#include "support/layouts.h"
 
 using namespace kt;
 
@@ -14,27 +14,27 @@ namespace {
 
 TEST(SmallOps, CopyAndSetTouchOnlyTheRegion)
 {
-    GuardedImage src(9, 4), dst(9, 4, Placement::Fenced);
-    src.fillRandom(1);
-    dst.fillRandom(2);
-    ASSERT_EQ(kelOk, keliCopy_8u_C1R(src.data(), src.step(), dst.data(), dst.step(), {9, 4}));
+    Image src = planes(9, 4, 1), dst = planes(9, 4, 1, 1, Placement::Fenced);
+    src.fill(1);
+    dst.fill(2);
+    ASSERT_EQ(kelOk, keliCopy_8u_C1R(src.ptr(), src.step(), dst.ptr(), dst.step(), {9, 4}));
     EXPECT_EQ(src.rows(), dst.rows());
-    ASSERT_EQ(kelOk, keliSet_8u_C1R(200, dst.data(), dst.step(), {9, 4}));
+    ASSERT_EQ(kelOk, keliSet_8u_C1R(200, dst.ptr(), dst.step(), {9, 4}));
     EXPECT_EQ(std::vector<std::uint8_t>(36, 200), dst.rows());
-    EXPECT_TRUE(dst.fenceIntact());
+    EXPECT_TRUE(dst.intact());
 }
 
 TEST(SmallOps, ArgumentTestsPointersThenSize)
 {
-    GuardedImage image(4, 2);
+    Image image = planes(4, 2, 1);
     Kel32f max = 0;
     Kel64f value = 0;
-    const auto* f = reinterpret_cast<const Kel32f*>(image.data());
-    EXPECT_EQ(kelErrNullPointer, keliCopy_8u_C1R(nullptr, 4, image.data(), 4, {0, 0}));
-    EXPECT_EQ(kelErrNullPointer, keliCopy_8u_C1R(image.data(), 4, nullptr, 4, {1, 1}));
-    EXPECT_EQ(kelErrSize, keliCopy_8u_C1R(image.data(), 4, image.data(), 4, {0, 1}));
+    const auto* f = reinterpret_cast<const Kel32f*>(image.ptr());
+    EXPECT_EQ(kelErrNullPointer, keliCopy_8u_C1R(nullptr, 4, image.ptr(), 4, {0, 0}));
+    EXPECT_EQ(kelErrNullPointer, keliCopy_8u_C1R(image.ptr(), 4, nullptr, 4, {1, 1}));
+    EXPECT_EQ(kelErrSize, keliCopy_8u_C1R(image.ptr(), 4, image.ptr(), 4, {0, 1}));
     EXPECT_EQ(kelErrNullPointer, keliSet_8u_C1R(1, nullptr, 4, {0, 0}));
-    EXPECT_EQ(kelErrSize, keliSet_8u_C1R(1, image.data(), 4, {1, 0}));
+    EXPECT_EQ(kelErrSize, keliSet_8u_C1R(1, image.ptr(), 4, {1, 0}));
     EXPECT_EQ(kelErrNullPointer, keliMax_32f_C1R(f, 4, {1, 1}, nullptr));
     EXPECT_EQ(kelErrNullPointer, keliMax_32f_C1R(nullptr, 4, {0, 1}, &max));
     EXPECT_EQ(kelErrSize, keliMax_32f_C1R(f, 4, {1, -1}, &max));

@@ -1,201 +1,145 @@
-// RGB <-> YCbCr at full resolution: argument tests, values, layouts, bounds.
+// RGB <-> YCbCr at full resolution: every member against the studio-range
+// formulas at every small width, unaligned and upward rows, sums on a level's
+// edge, argument tests, concrete values and a round trip.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <functional>
 
 #include "kelcc.h"
+#include "support/formulas.h"
 #include "support/layouts.h"
-#include "support/pixel.h"
 
 using namespace kt;
 
 namespace {
 
-using Pixel = std::array<Kel8u, 3>;
+using Pixel = std::array<int, 3>;
 
-int clampByte(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
-
-Pixel forward(Pixel rgb)
+Pixel forward(Pixel c)
 {
-    const int r = rgb[0], g = rgb[1], b = rgb[2];
-    return {Kel8u((16843 * r + 33030 * g + 6423 * b + 0x108000) >> 16),
-            Kel8u((-9699 * r - 19071 * g + 28770 * b + 0x808000) >> 16),
-            Kel8u((28770 * r - 24117 * g - 4653 * b + 0x808000) >> 16)};
+    const Rgb p{c[0], c[1], c[2]};
+    return {level(lumaSum(p), 16, 16 + kHalf), level(blueSum(p), 16, 128 + kHalf), level(redSum(p), 16, 128 + kHalf)};
 }
-
-// The two inverse sets, with floor division written out rather than shifted.
-int floorDiv65536(int v) { return v >= 0 ? v / 65536 : -((-v + 65535) / 65536); }
-
-Pixel inverseT(Pixel ycc)
-{
-    const int y = ycc[0], cb = ycc[1] - 128, cr = ycc[2] - 128;
-    return {Kel8u(clampByte(floorDiv65536(76284 * y + 104595 * cr - 1220544))),
-            Kel8u(clampByte(floorDiv65536(76284 * y - 25690 * cb - 53281 * cr - 1220544))),
-            Kel8u(clampByte(floorDiv65536(76284 * y + 132186 * cb - 1220544)))};
-}
-
-Pixel inverseR(Pixel ycc)
-{
-    const int y = ycc[0], cb = ycc[1] - 128, cr = ycc[2] - 128;
-    return {Kel8u(clampByte(floorDiv65536(76282 * y + 104593 * cr - 1187744))),
-            Kel8u(clampByte(floorDiv65536(76282 * y - 25689 * cb - 53279 * cr - 1187744))),
-            Kel8u(clampByte(floorDiv65536(76282 * y + 132184 * cb - 1187744)))};
-}
+Pixel inverseT(Pixel c) { return toRgb(kT, c[0], c[1], c[2]); }
+Pixel inverseR(Pixel c) { return toRgb(kR, c[0], c[1], c[2]); }
 
 struct Member {
     const char* name;
-    Layout src, dst;
     ErasedCall call;
+    int pitch;  // 3, 4, or 0 for planes
+    bool planarDst;
     Pixel (*reference)(Pixel);
 };
 
+using In = const Kel8u*;
+using Out = Kel8u*;
+using InPlanes = const Kel8u* const*;
+using OutPlanes = Kel8u* const*;
 const Member kMembers[] = {
-    {"RGBToYCbCr_8u_C3R", Layout::C3, Layout::C3,
-     erase<const Kel8u*, Kel8u*, keliRGBToYCbCr_8u_C3R>, forward},
-    {"RGBToYCbCr_8u_AC4R", Layout::AC4, Layout::AC4,
-     erase<const Kel8u*, Kel8u*, keliRGBToYCbCr_8u_AC4R>, forward},
-    {"RGBToYCbCr_8u_P3R", Layout::P3, Layout::P3,
-     erase<const Kel8u* const*, Kel8u* const*, keliRGBToYCbCr_8u_P3R>, forward},
-    {"YCbCrToRGB_8u_C3R", Layout::C3, Layout::C3,
-     erase<const Kel8u*, Kel8u*, keliYCbCrToRGB_8u_C3R>, inverseT},
-    {"YCbCrToRGB_8u_AC4R", Layout::AC4, Layout::AC4,
-     erase<const Kel8u*, Kel8u*, keliYCbCrToRGB_8u_AC4R>, inverseT},
-    {"YCbCrToRGB_8u_P3R", Layout::P3, Layout::P3,
-     erase<const Kel8u* const*, Kel8u* const*, keliYCbCrToRGB_8u_P3R>, inverseT},
-    {"YCbCrToRGB_8u_P3C3R", Layout::P3, Layout::C3,
-     erase<const Kel8u* const*, Kel8u*, keliYCbCrToRGB_8u_P3C3R>, inverseR},
+    {"RGBToYCbCr_8u_C3R", erase<In, Out, keliRGBToYCbCr_8u_C3R>, 3, false, forward},
+    {"RGBToYCbCr_8u_AC4R", erase<In, Out, keliRGBToYCbCr_8u_AC4R>, 4, false, forward},
+    {"RGBToYCbCr_8u_P3R", erase<InPlanes, OutPlanes, keliRGBToYCbCr_8u_P3R>, 0, true, forward},
+    {"YCbCrToRGB_8u_C3R", erase<In, Out, keliYCbCrToRGB_8u_C3R>, 3, false, inverseT},
+    {"YCbCrToRGB_8u_AC4R", erase<In, Out, keliYCbCrToRGB_8u_AC4R>, 4, false, inverseT},
+    {"YCbCrToRGB_8u_P3R", erase<InPlanes, OutPlanes, keliYCbCrToRGB_8u_P3R>, 0, true, inverseT},
+    {"YCbCrToRGB_8u_P3C3R", erase<InPlanes, Out, keliYCbCrToRGB_8u_P3C3R>, 0, false, inverseR},
 };
+
+Image side(int pitch, int w, int h, Placement placement = Placement::Guarded, std::size_t misalign = 0)
+{
+    return pitch ? pixels(w, h, pitch, false, 1, placement, misalign) : planes(w, h, 3, 1, placement, misalign);
+}
 
 class FullResolution : public ::testing::TestWithParam<Member> {
 protected:
-    // Runs the member on fresh random images and checks every pixel against
-    // the reference, the untouched alpha bytes, the fences and the source.
-    void expectConverts(int width, int height, Placement placement, std::size_t misalign = 0)
+    Image src(int w, int h, Placement placement = Placement::Guarded, std::size_t misalign = 0)
+    {
+        return side(GetParam().pitch, w, h, placement, misalign);
+    }
+    Image dst(int w, int h, Placement placement = Placement::Guarded, std::size_t misalign = 0)
     {
         const Member& m = GetParam();
-        auto src = makeImage(m.src, width, height, placement, misalign);
-        auto dst = makeImage(m.dst, width, height, placement, misalign);
-        src->fillRandom(width * 131u + height);
-        dst->fillRandom(7u);
-        const auto srcBefore = src->rows();
-        const auto dstBefore = dst->rows();
-
-        ASSERT_EQ(kelOk, m.call(src->constArgument(), src->step(), dst->argument(), dst->step(), {width, height}));
-
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x) {
-                ASSERT_EQ(m.reference(src->pixel(x, y)), dst->pixel(x, y)) << "at " << x << "," << y;
-            }
-        if (m.dst == Layout::AC4) {
-            // Only the alpha bytes may still equal what they were: compare them.
-            auto after = dst->rows();
-            for (std::size_t i = 3; i < after.size(); i += 4) ASSERT_EQ(dstBefore[i], after[i]) << "alpha byte " << i;
-        }
-        EXPECT_EQ(srcBefore, src->rows());
-        EXPECT_TRUE(src->fenceIntact());
-        EXPECT_TRUE(dst->fenceIntact());
+        return side(m.planarDst ? 0 : m.pitch ? m.pitch : 3, w, h, placement, misalign);
     }
 
-    // Runs a call that must fail and checks that nothing was written.
-    void expectStatus(KelResult expected, bool nullSrc, bool nullDst, KelImageSize size, int nullSrcPlane = -1,
-                      int nullDstPlane = -1)
+    // Every pixel against the reference; the fourth byte of AC4 kept.
+    void expectConverts(int w, int h, Placement placement, std::size_t misalign = 0, const int* colour = nullptr,
+                        int step = 1)
     {
         const Member& m = GetParam();
-        auto src = makeImage(m.src, 4, 4);
-        auto dst = makeImage(m.dst, 4, 4);
-        src->fillRandom(1);
-        dst->fillRandom(2);
-        if (nullSrcPlane >= 0) src->planeArray()[nullSrcPlane] = nullptr;
-        if (nullDstPlane >= 0) dst->planeArray()[nullDstPlane] = nullptr;
-        const auto dstBefore = dst->rows();
-        const KelResult got = m.call(nullSrc ? nullptr : src->constArgument(), src->step(),
-                                     nullDst ? nullptr : dst->argument(), dst->step(), size);
-        EXPECT_EQ(expected, got);
-        EXPECT_EQ(dstBefore, dst->rows());
-        EXPECT_TRUE(dst->fenceIntact());
+        Image s = src(w, h, placement, misalign), d = dst(w, h, placement, misalign), e = dst(w, h);
+        s.fill(w * 131u + h);
+        d.fill(7);
+        e.fill(7);
+        for (int y = 0; colour && y < h; ++y)
+            for (int x = 0; x < w; ++x)
+                for (int c = 0; c < 3; ++c) s.at(x, y, c) = Kel8u(colour[c]);
+        const auto before = s.rows();
+        for (int y = 0; y < h; ++y)
+            for (int x = 0; x < w; ++x) {
+                const Pixel out = m.reference({s.at(x, y, 0), s.at(x, y, 1), s.at(x, y, 2)});
+                for (int c = 0; c < 3; ++c) e.at(x, y, c) = Kel8u(out[c]);
+            }
+        if (step < 0) {  // start at the last row and walk upward
+            for (Image* image : {&s, &d})
+                for (std::size_t p = 0; p < image->count(); ++p) {
+                    image->pointers[p] = image->row(p, h - 1);
+                    image->steps[p] = -image->steps[p];
+                }
+        }
+        ASSERT_EQ(kelOk, m.call(s.arg(), s.step(), d.arg(), d.step(), {w, h}));
+        EXPECT_EQ(e.rows(), d.rows()) << w << "x" << h;
+        EXPECT_EQ(before, s.rows());
+        EXPECT_TRUE(s.intact());
+        EXPECT_TRUE(d.intact());
     }
 };
 
-TEST_P(FullResolution, NullPointersAreTestedBeforeTheSize)
+TEST_P(FullResolution, MatchesTheFormulasAtEveryWidthAlignmentAndDirection)
 {
-    expectStatus(kelErrNullPointer, true, false, {0, 0});
-    expectStatus(kelErrNullPointer, false, true, {-1, 4});
-    expectStatus(kelErrNullPointer, true, true, {4, 4});
-}
-
-TEST_P(FullResolution, WidthOrHeightBelowOneIsASizeError)
-{
-    expectStatus(kelErrSize, false, false, {0, 4});
-    expectStatus(kelErrSize, false, false, {4, 0});
-    expectStatus(kelErrSize, false, false, {-3, 4});
-    expectStatus(kelErrSize, false, false, {4, INT32_MIN});
-}
-
-TEST_P(FullResolution, NullPlanesAreTestedAfterTheSize)
-{
-    const Member& m = GetParam();
-    for (int p = 0; p < 3; ++p) {
-        if (planar(m.src)) {
-            expectStatus(kelErrSize, false, false, {0, 4}, p, -1);
-            expectStatus(kelErrNullPointer, false, false, {4, 4}, p, -1);
-        }
-        if (planar(m.dst)) {
-            expectStatus(kelErrSize, false, false, {4, 0}, -1, p);
-            expectStatus(kelErrNullPointer, false, false, {4, 4}, -1, p);
-        }
-    }
-}
-
-TEST_P(FullResolution, MatchesTheFormulasAtEveryWidth)
-{
-    for (int width = 1; width <= 9; ++width) expectConverts(width, 3, Placement::Guarded);
+    for (int w = 1; w <= 9; ++w) expectConverts(w, 3, Placement::Guarded);
     expectConverts(37, 5, Placement::Guarded);
-}
-
-TEST_P(FullResolution, ReadsAndWritesNothingPastTheLastRow)
-{
-    expectConverts(1, 1, Placement::Fenced);
-    expectConverts(7, 3, Placement::Fenced);
     expectConverts(64, 2, Placement::Fenced);
-}
-
-TEST_P(FullResolution, UnalignedRowsGiveTheSameBytes)
-{
+    expectConverts(7, 3, Placement::Fenced);
     for (std::size_t misalign = 1; misalign < 4; ++misalign)
-        for (int width : {1, 2, 3, 4, 5, 8, 11, 33}) expectConverts(width, 2, Placement::Guarded, misalign);
+        for (int w : {1, 2, 3, 5, 11, 33}) expectConverts(w, 2, Placement::Guarded, misalign);
+    expectConverts(5, 4, Placement::Guarded, 0, nullptr, -1);
 }
 
-TEST_P(FullResolution, ANegativeStrideWalksUpward)
+TEST_P(FullResolution, SumsOnALevelEdgeLandAsTheFormulasSay)
 {
     const Member& m = GetParam();
-    const int width = 5, height = 4;
-    auto src = makeImage(m.src, width, height);
-    auto dst = makeImage(m.dst, width, height);
-    src->fillRandom(3);
-    // Start both images at their last row and step backwards.
-    std::array<const Kel8u*, 3> srcPlanes{};
-    std::array<Kel8u*, 3> dstPlanes{};
-    const void* srcArg;
-    void* dstArg;
-    if (planar(m.src)) {
-        for (int p = 0; p < 3; ++p) srcPlanes[p] = &src->sample(0, height - 1, p);
-        srcArg = srcPlanes.data();
-    } else {
-        srcArg = &src->sample(0, height - 1, 0);
-    }
-    if (planar(m.dst)) {
-        for (int p = 0; p < 3; ++p) dstPlanes[p] = &dst->sample(0, height - 1, p);
-        dstArg = dstPlanes.data();
-    } else {
-        dstArg = &dst->sample(0, height - 1, 0);
-    }
-    ASSERT_EQ(kelOk, m.call(srcArg, -src->step(), dstArg, -dst->step(), {width, height}));
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) EXPECT_EQ(m.reference(src->pixel(x, y)), dst->pixel(x, y));
-    EXPECT_TRUE(dst->fenceIntact());
+    auto edge = [&m](std::array<int, 3> c) {
+        if (m.reference != forward) return setEdge(m.reference == inverseT ? kT : kR, c);
+        const Rgb p{c[0], c[1], c[2]};
+        return onEdge(lumaSum(p), 16, 16 + kHalf) || onEdge(blueSum(p), 16, 128 + kHalf) ||
+               onEdge(redSum(p), 16, 128 + kHalf);
+    };
+    onEdgeColours(64, edge, [&](std::array<int, 3> c) { expectConverts(2, 1, Placement::Guarded, 0, c.data()); });
+}
+
+// Null pointers, then the size, then null planes; nothing written on failure.
+TEST_P(FullResolution, ArgumentTestsInOrder)
+{
+    const Member& m = GetParam();
+    Image s = src(4, 4), d = dst(4, 4);
+    d.fill(2);
+    const auto before = d.rows();
+    EXPECT_EQ(kelErrNullPointer, m.call(nullptr, s.step(), d.arg(), d.step(), {0, 0}));
+    EXPECT_EQ(kelErrNullPointer, m.call(s.arg(), s.step(), nullptr, d.step(), {-1, 4}));
+    for (KelImageSize bad : {KelImageSize{0, 4}, KelImageSize{4, 0}, KelImageSize{-3, 4}, KelImageSize{4, INT32_MIN}})
+        EXPECT_EQ(kelErrSize, m.call(s.arg(), s.step(), d.arg(), d.step(), bad));
+    for (Image* image : {&s, &d})
+        for (std::size_t p = 0; p < 3 && image->count() == 3; ++p) {
+            Kel8u* saved = image->pointers[p];
+            image->pointers[p] = nullptr;
+            EXPECT_EQ(kelErrSize, m.call(s.arg(), s.step(), d.arg(), d.step(), {0, 4}));
+            EXPECT_EQ(kelErrNullPointer, m.call(s.arg(), s.step(), d.arg(), d.step(), {4, 4}));
+            image->pointers[p] = saved;
+        }
+    EXPECT_EQ(before, d.rows());
 }
 
 INSTANTIATE_TEST_SUITE_P(YCbCr, FullResolution, ::testing::ValuesIn(kMembers),
@@ -203,73 +147,45 @@ INSTANTIATE_TEST_SUITE_P(YCbCr, FullResolution, ::testing::ValuesIn(kMembers),
 
 // ---- concrete values ---------------------------------------------------------
 
-Pixel convertOne(KelResult (*f)(const Kel8u*, int, Kel8u*, int, KelImageSize), Pixel in)
-{
-    return convertPixel(f, in);
-}
+using B3 = std::array<Kel8u, 3>;
 
-Pixel convertOneP3C3(Pixel in)
+B3 inverseP3C3(B3 in)
 {
     const Kel8u* planes[3] = {&in[0], &in[1], &in[2]};
-    Pixel out{};
+    B3 out{};
     EXPECT_EQ(kelOk, keliYCbCrToRGB_8u_P3C3R(planes, 1, out.data(), 3, {1, 1}));
     return out;
 }
 
-TEST(YCbCrValues, BlackAndWhiteLandOnTheStudioRange)
+TEST(YCbCrValues, StudioRangeEndsAndTheTwoInverseSets)
 {
-    EXPECT_EQ((Pixel{16, 128, 128}), convertOne(keliRGBToYCbCr_8u_C3R, {0, 0, 0}));
-    EXPECT_EQ((Pixel{235, 128, 128}), convertOne(keliRGBToYCbCr_8u_C3R, {255, 255, 255}));
-}
-
-TEST(YCbCrValues, TruncatingAndRoundingInverseSetsDifferOnWhite)
-{
-    EXPECT_EQ((Pixel{0, 0, 0}), convertOne(keliYCbCrToRGB_8u_C3R, {16, 128, 128}));
-    EXPECT_EQ((Pixel{254, 254, 254}), convertOne(keliYCbCrToRGB_8u_C3R, {235, 128, 128}));
-    EXPECT_EQ((Pixel{255, 255, 255}), convertOneP3C3({235, 128, 128}));
-}
-
-TEST(YCbCrValues, InverseSaturatesAtBothEnds)
-{
-    EXPECT_EQ(255, convertOne(keliYCbCrToRGB_8u_C3R, {255, 128, 255})[0]);
-    EXPECT_EQ(255, convertOneP3C3({255, 128, 255})[0]);
-    EXPECT_EQ(0, convertOne(keliYCbCrToRGB_8u_C3R, {0, 128, 0})[0]);
-    EXPECT_EQ(0, convertOneP3C3({0, 128, 0})[0]);
-}
-
-TEST(YCbCrValues, EveryRGBInputStaysInsideTheStudioRangeAndGraysHaveNoChroma)
-{
-    const int width = 256 * 256;
-    std::vector<Kel8u> src(static_cast<std::size_t>(width) * 3), dst(src.size());
-    for (int b = 0; b < 256; ++b) {
-        for (int i = 0; i < width; ++i) {
-            src[3 * i] = Kel8u(i & 255);
-            src[3 * i + 1] = Kel8u(i >> 8);
-            src[3 * i + 2] = Kel8u(b);
-        }
-        ASSERT_EQ(kelOk, keliRGBToYCbCr_8u_C3R(src.data(), width * 3, dst.data(), width * 3, {width, 1}));
-        for (int i = 0; i < width; ++i) {
-            const int y = dst[3 * i], cb = dst[3 * i + 1], cr = dst[3 * i + 2];
-            ASSERT_TRUE(y >= 16 && y <= 235 && cb >= 16 && cb <= 240 && cr >= 16 && cr <= 240) << i << "," << b;
-            if ((i & 255) == b && (i >> 8) == b) ASSERT_TRUE(cb == 128 && cr == 128) << "gray " << b;
-        }
-    }
+    EXPECT_EQ((B3{16, 128, 128}), convertPixel(keliRGBToYCbCr_8u_C3R, B3{0, 0, 0}));
+    EXPECT_EQ((B3{235, 128, 128}), convertPixel(keliRGBToYCbCr_8u_C3R, B3{255, 255, 255}));
+    EXPECT_EQ((B3{0, 0, 0}), convertPixel(keliYCbCrToRGB_8u_C3R, B3{16, 128, 128}));
+    EXPECT_EQ((B3{254, 254, 254}), convertPixel(keliYCbCrToRGB_8u_C3R, B3{235, 128, 128}));
+    EXPECT_EQ((B3{255, 255, 255}), inverseP3C3({235, 128, 128}));
+    // Saturation at both ends, in both sets.
+    EXPECT_EQ(255, convertPixel(keliYCbCrToRGB_8u_C3R, B3{255, 128, 255})[0]);
+    EXPECT_EQ(255, inverseP3C3({255, 128, 255})[0]);
+    EXPECT_EQ(0, convertPixel(keliYCbCrToRGB_8u_C3R, B3{0, 128, 0})[0]);
+    EXPECT_EQ(0, inverseP3C3({0, 128, 0})[0]);
 }
 
 TEST(YCbCrValues, RoundTripStaysWithinThreeLevels)
 {
     const int width = 256 * 256;
-    std::vector<Kel8u> src(static_cast<std::size_t>(width) * 3), ycc(src.size()), back(src.size());
+    Image rgb = pixels(width, 1, 3), ycc = pixels(width, 1, 3), back = pixels(width, 1, 3);
     int worst = 0;
-    for (int b = 0; b < 256; b += 5) {
+    for (int b = 0; b < 256; b += 15) {
         for (int i = 0; i < width; ++i) {
-            src[3 * i] = Kel8u(i & 255);
-            src[3 * i + 1] = Kel8u(i >> 8);
-            src[3 * i + 2] = Kel8u(b);
+            rgb.at(i, 0, 0) = Kel8u(i & 255);
+            rgb.at(i, 0, 1) = Kel8u(i >> 8);
+            rgb.at(i, 0, 2) = Kel8u(b);
         }
-        ASSERT_EQ(kelOk, keliRGBToYCbCr_8u_C3R(src.data(), width * 3, ycc.data(), width * 3, {width, 1}));
-        ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_C3R(ycc.data(), width * 3, back.data(), width * 3, {width, 1}));
-        for (std::size_t k = 0; k < src.size(); ++k) worst = std::max(worst, std::abs(src[k] - back[k]));
+        ASSERT_EQ(kelOk, keliRGBToYCbCr_8u_C3R(rgb.ptr(), rgb.step(), ycc.ptr(), ycc.step(), {width, 1}));
+        ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_C3R(ycc.ptr(), ycc.step(), back.ptr(), back.step(), {width, 1}));
+        const auto a = rgb.rows(), z = back.rows();
+        for (std::size_t k = 0; k < a.size(); ++k) worst = std::max(worst, std::abs(a[k] - z[k]));
     }
     EXPECT_LE(worst, 3);
     EXPECT_GE(worst, 1);  // the inverse truncates, so a round trip is not lossless
@@ -277,26 +193,16 @@ TEST(YCbCrValues, RoundTripStaysWithinThreeLevels)
 
 TEST(YCbCrValues, InPlaceConversionMatchesOutOfPlace)
 {
-    const int width = 17, height = 3;
-    GuardedImage image(width * 3, height), expected(width * 3, height);
-    image.fillRandom(11);
-    ASSERT_EQ(kelOk, keliRGBToYCbCr_8u_C3R(image.data(), image.step(), expected.data(), expected.step(), {width, height}));
-    ASSERT_EQ(kelOk, keliRGBToYCbCr_8u_C3R(image.data(), image.step(), image.data(), image.step(), {width, height}));
-    EXPECT_EQ(expected.rows(), image.rows());
-    EXPECT_TRUE(image.fenceIntact());
-}
-
-TEST(YCbCrValues, PlanarInverseInPlaceMatchesOutOfPlace)
-{
     const int width = 150, height = 2;  // more than one block of a row
-    GuardedPlanes image(width, height), expected(width, height);
-    image.fillRandom(12);
-    ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3R(image.constPointers(), image.step(), expected.pointers(), expected.step(),
-                                           {width, height}));
-    ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3R(image.constPointers(), image.step(), image.pointers(), image.step(),
-                                           {width, height}));
-    EXPECT_EQ(expected.rows(), image.rows());
-    EXPECT_TRUE(image.fenceIntact());
+    for (auto [forwardC3, inverseP3] : {std::pair{true, false}, std::pair{false, true}}) {
+        Image image = side(forwardC3 ? 3 : 0, width, height), expected = side(forwardC3 ? 3 : 0, width, height);
+        image.fill(12);
+        const ErasedCall call = forwardC3 ? kMembers[0].call : kMembers[5].call;
+        ASSERT_EQ(kelOk, call(image.arg(), image.step(), expected.arg(), expected.step(), {width, height}));
+        ASSERT_EQ(kelOk, call(image.arg(), image.step(), image.arg(), image.step(), {width, height}));
+        EXPECT_EQ(expected.rows(), image.rows()) << (inverseP3 ? "planar inverse" : "pixel-order forward");
+        EXPECT_TRUE(image.intact());
+    }
 }
 
 } // namespace

@@ -1,9 +1,11 @@
-// The row-sharing region: which sizes fork, and that every row runs once, in
-// contiguous ascending blocks.
+// The row-sharing region: which sizes stay on the calling thread and which
+// fork, and that every row runs once, in contiguous ascending blocks.
 #include <gtest/gtest.h>
 
 #include <omp.h>
 
+#include <set>
+#include <thread>
 #include <vector>
 
 #include "kelcore.h"
@@ -15,6 +17,7 @@ struct Visit {
     int thread = -1;
     int teamSize = 0;
     int count = 0;
+    std::thread::id id;
 };
 
 class ThreadCount {
@@ -32,44 +35,55 @@ std::vector<Visit> visit(int height, Share share)
     share([&rows](int y) {
         rows[y].thread = omp_get_thread_num();
         rows[y].teamSize = omp_get_num_threads();
+        rows[y].id = std::this_thread::get_id();
         ++rows[y].count;
     });
     return rows;
 }
 
-TEST(RowSharing, SmallImagesStayOnTheCallingThread)
+std::vector<Visit> visitAboveThreshold(int width, int height)
+{
+    return visit(height, [width, height](auto row) { kel::shareRowsAboveThreshold(width, height, row); });
+}
+
+// Sizes whose 32-bit pixel count is at most 64 x 64, the wrapped products
+// included (65536 x 65536 wraps to 0, 65537 x 65535 to -1), run every row on
+// the calling thread as a team of one.
+TEST(RowSharing, AtOrBelowTheThresholdRowsRunOnTheCallingThread)
 {
     ThreadCount threads(4);
-    const auto rows = visit(64, [](auto row) { kel::shareRowsAboveThreshold(64, 64, row); });
-    for (const Visit& v : rows) {
-        EXPECT_EQ(1, v.count);
-        EXPECT_EQ(1, v.teamSize);
+    const std::thread::id caller = std::this_thread::get_id();
+    for (auto [width, height] : {std::pair{64, 64}, std::pair{4096, 1}, std::pair{1, 4096}, std::pair{65536, 65536},
+                                 std::pair{65537, 65535}}) {
+        for (const Visit& v : visitAboveThreshold(width, height)) {
+            ASSERT_EQ(1, v.count) << width << "x" << height;
+            ASSERT_EQ(1, v.teamSize) << width << "x" << height;
+            ASSERT_EQ(0, v.thread);
+            ASSERT_EQ(caller, v.id) << width << "x" << height;
+        }
     }
 }
 
-TEST(RowSharing, OnePixelAboveTheThresholdForks)
+// One pixel more forks a team of threads_omp_of_n_kel, and with enough rows
+// the rows land on more than one thread.
+TEST(RowSharing, AboveTheThresholdTheRegionForks)
 {
     ThreadCount threads(4);
-    const auto rows = visit(1, [](auto row) { kel::shareRowsAboveThreshold(4097, 1, row); });
-    EXPECT_EQ(1, rows[0].count);
-    EXPECT_EQ(4, rows[0].teamSize);
+    for (auto [width, height] : {std::pair{4097, 1}, std::pair{65, 64}, std::pair{1, 4097}}) {
+        std::set<std::thread::id> ids;
+        for (const Visit& v : visitAboveThreshold(width, height)) {
+            ASSERT_EQ(1, v.count);
+            ASSERT_EQ(4, v.teamSize) << width << "x" << height;
+            ids.insert(v.id);
+        }
+        if (height >= 4) EXPECT_EQ(4u, ids.size()) << width << "x" << height;
+    }
+    // A team of one never leaves the calling thread, above the threshold too.
+    ThreadCount one(1);
+    for (const Visit& v : visitAboveThreshold(65, 64)) ASSERT_EQ(std::this_thread::get_id(), v.id);
 }
 
-TEST(RowSharing, AWrappingProductRunsSerially)
-{
-    EXPECT_EQ(0, kel::pixelCount32(65536, 65536));
-    EXPECT_EQ(-1, kel::pixelCount32(65537, 65535));
-    EXPECT_EQ(4097, kel::pixelCount32(4097, 1));
-}
-
-TEST(RowSharing, RegionsWithoutThresholdForkAtEverySize)
-{
-    ThreadCount threads(3);
-    const auto rows = visit(1, [](auto row) { kel::shareRowsAlways(1, row); });
-    EXPECT_EQ(3, rows[0].teamSize);
-}
-
-TEST(RowSharing, EveryRowOnceInAscendingBlocks)
+TEST(RowSharing, EveryRowOnceInAscendingBlocksAtEverySize)
 {
     for (int team : {1, 2, 3, 8}) {
         ThreadCount threads(team);
@@ -78,20 +92,11 @@ TEST(RowSharing, EveryRowOnceInAscendingBlocks)
             int previousThread = -1;
             for (const Visit& v : rows) {
                 ASSERT_EQ(1, v.count);
-                ASSERT_EQ(team, v.teamSize);
+                ASSERT_EQ(team, v.teamSize);  // read at each region, no threshold
                 ASSERT_GE(v.thread, previousThread) << "blocks are contiguous and in thread order";
                 previousThread = v.thread;
             }
         }
-    }
-}
-
-TEST(RowSharing, TheTeamSizeIsReadAtEachRegion)
-{
-    for (int team : {2, 5, 1}) {
-        ThreadCount threads(team);
-        const auto rows = visit(1, [](auto row) { kel::shareRowsAlways(1, row); });
-        EXPECT_EQ(team, rows[0].teamSize);
     }
 }
 

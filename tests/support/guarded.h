@@ -7,10 +7,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
-#include <random>
-#include <string>
 #include <vector>
 
 #include "kelcc.h"
@@ -33,15 +30,9 @@ public:
     GuardedImage& operator=(const GuardedImage&) = delete;
 
     std::uint8_t* data() { return first_; }
-    const std::uint8_t* data() const { return first_; }
     std::uint8_t* row(int y) { return first_ + static_cast<std::ptrdiff_t>(step_) * y; }
     const std::uint8_t* row(int y) const { return first_ + static_cast<std::ptrdiff_t>(step_) * y; }
     int step() const { return static_cast<int>(step_); }
-    std::size_t rowBytes() const { return rowBytes_; }
-    int height() const { return height_; }
-
-    template <typename T> T& at(int x, int y) { return reinterpret_cast<T*>(row(y))[x]; }
-    template <typename T> T at(int x, int y) const { return reinterpret_cast<const T*>(row(y))[x]; }
 
     // Fill the image rows (not guards or padding) with pseudo-random bytes.
     void fillRandom(std::uint32_t seed);
@@ -51,8 +42,6 @@ public:
     std::vector<std::uint8_t> rows() const;
     // True when guards and row padding still hold their pattern.
     bool fenceIntact() const;
-    // Describes the first damaged guard or padding byte, or "" when intact.
-    std::string fenceDamage() const;
 
 private:
     std::uint8_t patternAt(std::size_t offset) const;
@@ -66,48 +55,56 @@ private:
     int height_;
 };
 
-// Three planes of one size, with the plane-pointer array a planar call takes.
-class GuardedPlanes {
-public:
-    GuardedPlanes(std::size_t rowBytes, int height, Placement placement = Placement::Guarded,
-                  std::size_t padding = 13, std::size_t misalign = 0);
-    GuardedImage& operator[](int p) { return *planes_[p]; }
-    const GuardedImage& operator[](int p) const { return *planes_[p]; }
-    Kel8u* const* pointers() { return ptrs_; }
-    const Kel8u* const* constPointers() const { return cptrs_; }
-    int step() const { return planes_[0]->step(); }
-    void fillRandom(std::uint32_t seed);
-    bool fenceIntact() const;
-    std::vector<std::uint8_t> rows() const;
-
-private:
-    std::vector<std::unique_ptr<GuardedImage>> planes_;
-    Kel8u* ptrs_[3];
-    const Kel8u* cptrs_[3];
+// Where sample (x, y) of one channel lies: in buffer `plane`, row y / yCell,
+// sample (x / xCell) * pitch + offset of that row.
+struct Channel {
+    int plane = 0, offset = 0, pitch = 1, xCell = 1, yCell = 1;
 };
 
-// Any number of guarded buffers making up one image (planes, or a single
-// pixel-order buffer), with the pointer and stride arrays a call takes.
-class GuardedSet {
+// The one image of the tests: guarded buffers (planes, or a single buffer of
+// pixels), a map from channels to samples, and what calls take.
+class Image {
 public:
-    // Adds a buffer of `rowBytes` x `rows` (both at least 1).
-    GuardedImage& add(std::size_t rowBytes, int rows, Placement placement = Placement::Guarded,
-                      std::size_t padding = 5);
+    // misalign: offset of each buffer's row 0 from a 64-byte boundary.
+    explicit Image(Placement placement = Placement::Guarded, std::size_t sampleBytes = 1, bool planar = false,
+                   std::size_t misalign = 0)
+        : placement_(placement), sampleBytes_(sampleBytes), planar_(planar), misalign_(misalign) {}
+
+    // Adds a buffer of `samples` x `rows` (both raised to at least 1), with
+    // five samples of padding between rows.
+    Image& plane(int samples, int rows);
+    Image& channel(Channel c) { channels_.push_back(c); return *this; }
+
     std::size_t count() const { return buffers_.size(); }
-    GuardedImage& operator[](std::size_t i) { return *buffers_[i]; }
     std::uint8_t* row(std::size_t i, int y) { return buffers_[i]->row(y); }
-    void fill(std::uint32_t seed);
-    std::vector<std::uint8_t> rows() const;  // all buffers' rows, in order
-    bool intact() const;                     // every guard and padding byte unchanged
+    template <typename T = Kel8u> T& at(int x, int y, int c)
+    {
+        const Channel& ch = channels_[c];
+        return reinterpret_cast<T*>(row(ch.plane, y / ch.yCell))[(x / ch.xCell) * ch.pitch + ch.offset];
+    }
+
+    void fill(std::uint32_t seed);                  // random bytes in every row
+    void fillWith(std::uint8_t value);
+    std::vector<std::uint8_t> rows() const;         // all buffers' rows, in order
+    bool intact() const;                            // guards and padding unchanged
 
     // What calls take; tests may overwrite entries (a null plane, a stride).
     std::array<std::uint8_t*, 4> pointers{};
     std::array<int, 4> steps{};
+    Kel8u* ptr() { return pointers[0]; }
+    int step() const { return steps[0]; }
     const Kel8u* const* in() const { return reinterpret_cast<const Kel8u* const*>(pointers.data()); }
     Kel8u* const* out() { return pointers.data(); }
+    // A pixel pointer, or the address of the plane array.
+    void* arg() { return planar_ ? static_cast<void*>(pointers.data()) : pointers[0]; }
 
 private:
+    Placement placement_;
+    std::size_t sampleBytes_;
+    bool planar_;
+    std::size_t misalign_;
     std::vector<std::unique_ptr<GuardedImage>> buffers_;
+    std::vector<Channel> channels_;
 };
 
 // Sets threads_omp_of_n_kel for one scope and puts the old value back.

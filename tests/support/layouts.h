@@ -1,96 +1,87 @@
-// Source and destination images of any 8-bit layout behind one interface, so
-// that table-driven tests can run every member of a family the same way.
+// The families' image layouts as channel maps over guarded buffers, and one
+// type-erased call shape, so that table-driven tests run every member of a
+// family the same way.
 #pragma once
 
-#include <array>
-#include <memory>
-#include <string>
-#include <vector>
+#include <gtest/gtest.h>
 
 #include "guarded.h"
 
 namespace kt {
 
-enum class Layout { C3, AC4, P3 };
-
-inline int channelsOf(Layout layout) { return layout == Layout::AC4 ? 4 : 3; }
-inline bool planar(Layout layout) { return layout == Layout::P3; }
-
-// One image of `layout`, `width` x `height` pixels, in guarded buffers.
-class LayoutImage {
-public:
-    LayoutImage(Layout layout, int width, int height, Placement placement = Placement::Guarded,
-                std::size_t misalign = 0)
-        : layout_(layout), width_(width), height_(height)
-    {
-        const std::size_t w = static_cast<std::size_t>(width > 0 ? width : 1);
-        const int h = height > 0 ? height : 1;
-        if (planar(layout))
-            planes_ = std::make_unique<GuardedPlanes>(w, h, placement, 13, misalign);
-        else
-            image_ = std::make_unique<GuardedImage>(w * channelsOf(layout), h, placement, 13, misalign);
-    }
-
-    Layout layout() const { return layout_; }
-    int step() const { return planar(layout_) ? planes_->step() : image_->step(); }
-
-    // What the call takes: a pixel pointer, or the address of a plane array.
-    void* argument() { return planar(layout_) ? static_cast<void*>(planeArray_.data()) : image_->data(); }
-    const void* constArgument()
-    {
-        return planar(layout_) ? static_cast<const void*>(planeArray_.data()) : image_->data();
-    }
-    void syncPlaneArray()
-    {
-        if (planar(layout_))
-            for (int p = 0; p < 3; ++p) planeArray_[p] = (*planes_)[p].data();
-    }
-    std::array<Kel8u*, 3>& planeArray() { return planeArray_; }
-
-    Kel8u& sample(int x, int y, int channel)
-    {
-        if (planar(layout_)) return (*planes_)[channel].row(y)[x];
-        return image_->row(y)[x * channelsOf(layout_) + channel];
-    }
-    std::array<Kel8u, 3> pixel(int x, int y) { return {sample(x, y, 0), sample(x, y, 1), sample(x, y, 2)}; }
-    void setPixel(int x, int y, std::array<Kel8u, 3> v)
-    {
-        for (int c = 0; c < 3; ++c) sample(x, y, c) = v[c];
-    }
-    // The fourth byte of an AC4 pixel.
-    Kel8u& alpha(int x, int y) { return image_->row(y)[x * 4 + 3]; }
-
-    void fillRandom(std::uint32_t seed)
-    {
-        if (planar(layout_)) planes_->fillRandom(seed); else image_->fillRandom(seed);
-    }
-    std::vector<std::uint8_t> rows() const { return planar(layout_) ? planes_->rows() : image_->rows(); }
-    bool fenceIntact() const { return planar(layout_) ? planes_->fenceIntact() : image_->fenceIntact(); }
-
-private:
-    Layout layout_;
-    int width_, height_;
-    std::unique_ptr<GuardedImage> image_;
-    std::unique_ptr<GuardedPlanes> planes_;
-    std::array<Kel8u*, 3> planeArray_{};
-};
-
-inline std::unique_ptr<LayoutImage> makeImage(Layout layout, int width, int height,
-                                              Placement placement = Placement::Guarded, std::size_t misalign = 0)
+// Pixel order: `pitch` samples a pixel; channels 0..2 are R, G, B, stored in
+// that order or blue first; channel 3 is the fourth sample of a pitch-4 pixel.
+inline Image pixels(int width, int height, int pitch, bool blueFirst = false, std::size_t sampleBytes = 1,
+                    Placement placement = Placement::Guarded, std::size_t misalign = 0)
 {
-    auto image = std::make_unique<LayoutImage>(layout, width, height, placement, misalign);
-    image->syncPlaneArray();
+    Image image(placement, sampleBytes, false, misalign);
+    image.plane(width * pitch, height);
+    for (int c = 0; c < pitch; ++c) image.channel({0, blueFirst && c < 3 ? 2 - c : c, pitch});
     return image;
 }
 
-// A call of a member taking (src, srcStep, dst, dstStep, roiSize), with the
-// pointers type-erased: each is a pixel pointer or a plane array's address.
+// `count` planes of the full size, channel c in plane c.
+inline Image planes(int width, int height, int count = 3, std::size_t sampleBytes = 1,
+                    Placement placement = Placement::Guarded, std::size_t misalign = 0)
+{
+    Image image(placement, sampleBytes, true, misalign);
+    for (int c = 0; c < count; ++c) image.plane(width, height).channel({c});
+    return image;
+}
+
+// Luma and chroma, channels Y, Cb, Cr (or Y, U, V).
+enum class Ycc { Planes, PlanesCrFirst, SemiPlanar, PairsYCbCr, PairsYCrCb, PairsCbYCr };
+
+// One chroma pair for every xCell x yCell pixels. Chroma planes hold the
+// number of cells rounded up, or with roundUp false rounded down (what a call
+// may read, no more). Pixel-order pairs are Y0 Cb Y1 Cr, Y0 Cr Y1 Cb or
+// Cb Y0 Cr Y1, two bytes a pixel: an odd last pixel has two bytes.
+inline Image ycc(Ycc form, int width, int height, int xCell, int yCell, bool roundUp = true,
+                 Placement placement = Placement::Guarded)
+{
+    const int cw = roundUp ? (width + xCell - 1) / xCell : width / xCell;
+    const int ch = roundUp ? (height + yCell - 1) / yCell : height / yCell;
+    Image image(placement, 1, form == Ycc::Planes || form == Ycc::PlanesCrFirst);
+    switch (form) {
+    case Ycc::Planes:
+    case Ycc::PlanesCrFirst: {
+        const int cb = form == Ycc::Planes ? 1 : 2;
+        image.plane(width, height).plane(cw, ch).plane(cw, ch).channel({0});
+        image.channel({cb, 0, 1, xCell, yCell}).channel({3 - cb, 0, 1, xCell, yCell});
+        break;
+    }
+    case Ycc::SemiPlanar:
+        image.plane(width, height).plane(2 * cw, ch).channel({0});
+        image.channel({1, 0, 2, xCell, yCell}).channel({1, 1, 2, xCell, yCell});
+        break;
+    default: {
+        const int y = form == Ycc::PairsCbYCr ? 1 : 0;
+        const int cb = form == Ycc::PairsYCbCr ? 1 : form == Ycc::PairsYCrCb ? 3 : 0;
+        const int cr = form == Ycc::PairsYCbCr ? 3 : form == Ycc::PairsYCrCb ? 1 : 2;
+        image.plane(2 * width, height).channel({0, y, 2}).channel({0, cb, 4, 2}).channel({0, cr, 4, 2});
+    }
+    }
+    return image;
+}
+
+// A member taking (src, srcStep, dst, dstStep, roiSize), its pointers erased:
+// each is a pixel pointer or the address of a plane array.
 using ErasedCall = KelResult (*)(const void* src, int srcStep, void* dst, int dstStep, KelImageSize size);
 
 template <typename Src, typename Dst, KelResult (*F)(Src, int, Dst, int, KelImageSize)>
 KelResult erase(const void* src, int srcStep, void* dst, int dstStep, KelImageSize size)
 {
     return F(static_cast<Src>(src), srcStep, static_cast<Dst>(dst), dstStep, size);
+}
+
+// One three-channel pixel through a pixel-order conversion, so that concrete
+// values read as in = out.
+template <typename S, typename D>
+std::array<D, 3> convertPixel(KelResult (*convert)(const S*, int, D*, int, KelImageSize), std::array<S, 3> in)
+{
+    std::array<D, 3> out{};
+    EXPECT_EQ(kelOk, convert(in.data(), 3 * sizeof(S), out.data(), 3 * sizeof(D), {1, 1}));
+    return out;
 }
 
 } // namespace kt
