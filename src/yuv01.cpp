@@ -1,8 +1,6 @@
 // RGB <-> full-range YUV at full resolution, 8-bit, in C3, AC4 and planar
-// layouts.  The pixel-order inverse and the planar inverse use coefficient
-// sets that differ in the last place.
-#include <array>
-#include <type_traits>
+// layouts; the pixel-order and the planar inverses take different coefficient sets.
+#include <cstdint>
 
 #include "callframe.h"
 #include "yuvconv.h"
@@ -10,97 +8,77 @@
 using namespace kel;
 using namespace kel::yuv;
 
-#define KEL_YUV_LAYERS(NAME, SRC, DST)                                                                 \
-    void my##NAME(SRC pSrc, int srcStep, DST pDst, int dstStep, int width, int height);                \
-    void inner##NAME(SRC src, DST dst, int width);
-KEL_YUV_LAYERS(RGBToYUV_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_LAYERS(RGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_LAYERS(RGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_LAYERS(RGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*)
-KEL_YUV_LAYERS(YUVToRGB_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_LAYERS(YUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_LAYERS(YUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_LAYERS(YUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
-#undef KEL_YUV_LAYERS
+// Every member: public function, row layer, kernel, then the source and
+// destination argument types (plane arrays carry one stride for all planes).
+#define KEL_YUV_MEMBERS(X)                                                                                            \
+    X(keliRGBToYUV_8u_C3R, myRGBToYUV_8u_C3R, innerRGBToYUV_8u_C3R, const Kel8u*, Kel8u*)                            \
+    X(keliRGBToYUV_8u_AC4R, myRGBToYUV_8u_AC4R, innerRGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)                         \
+    X(keliRGBToYUV_8u_P3R, myRGBToYUV_8u_P3R, innerRGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)              \
+    X(keliRGBToYUV_8u_C3P3R, myRGBToYUV_8u_C3P3R, innerRGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*)               \
+    X(keliYUVToRGB_8u_C3R, myYUVToRGB_8u_C3R, innerYUVToRGB_8u_C3R, const Kel8u*, Kel8u*)                            \
+    X(keliYUVToRGB_8u_AC4R, myYUVToRGB_8u_AC4R, innerYUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)                         \
+    X(keliYUVToRGB_8u_P3R, myYUVToRGB_8u_P3R, innerYUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)              \
+    X(keliYUVToRGB_8u_P3C3R, myYUVToRGB_8u_P3C3R, innerYUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
 
-namespace {
+#define KEL_YUV_DECLARE(publicName, rowLayer, kernel, Src, Dst)                                                       \
+    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height);                               \
+    void kernel(Src src, Dst dst, int width);
+KEL_YUV_MEMBERS(KEL_YUV_DECLARE)
+#undef KEL_YUV_DECLARE
 
-template <typename Src, typename Dst>
-KelResult yuvCall(void (*rowLayer)(Src, int, Dst, int, int, int), Src pSrc, int srcStep, Dst pDst, int dstStep,
-                  KelImageSize roiSize)
-{
-    if (anyNull(pSrc, pDst))       return kelErrNullPointer;
-    if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
-    if constexpr (isPlaneArray<Src>) if (anyNullPlane(pSrc)) return kelErrNullPointer;
-    if constexpr (isPlaneArray<Dst>) if (anyNullPlane(pDst)) return kelErrNullPointer;
-    rowLayer(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
-    return kelOk;
-}
+// ---- public functions ---------------------------------------------------------------------
 
-} // namespace
-
-// ---- public functions ------------------------------------------------------------------
-
-#define KEL_YUV_PUBLIC(NAME, SRC, DST)                                                                  \
-    KEL_API KelResult keli##NAME(SRC pSrc, int srcStep, DST pDst, int dstStep, KelImageSize roiSize)   \
-    { return yuvCall(my##NAME, pSrc, srcStep, pDst, dstStep, roiSize); }
-
+// Null pointers (a plane array's own address), the size, then the planes.
+#define KEL_YUV_PUBLIC(publicName, rowLayer, kernel, Src, Dst)                                                        \
+    KEL_API KelResult publicName(Src pSrc, int srcStep, Dst pDst, int dstStep, KelImageSize roiSize)                  \
+    {                                                                                                                 \
+        if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;                         \
+        rowLayer(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);                                        \
+        return kelOk;                                                                                                 \
+    }
 extern "C" {
-KEL_YUV_PUBLIC(RGBToYUV_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_PUBLIC(RGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_PUBLIC(RGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_PUBLIC(RGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*)
-KEL_YUV_PUBLIC(YUVToRGB_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_PUBLIC(YUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_PUBLIC(YUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_PUBLIC(YUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
+KEL_YUV_MEMBERS(KEL_YUV_PUBLIC)
 } // extern "C"
+#undef KEL_YUV_PUBLIC
 
-// ---- row layers: the plain row walk, one stride for every plane --------------------------
+// ---- row layers: the plain row walk, one stride for every plane ---------------------------
 
 namespace {
 
-template <typename T>
-auto rowOf(T image, int step, int y)
-{
-    if constexpr (isPlaneArray<T>) {
-        using Plane = std::remove_const_t<std::remove_pointer_t<T>>;
-        std::array<Plane, 3> rows{rowAt(image[0], step, y), rowAt(image[1], step, y), rowAt(image[2], step, y)};
-        return rows;
-    } else {
-        return rowAt(image, step, y);
-    }
-}
+// Row y of an image argument, as its kernel takes it: a pixel-order row...
+template <typename Image>
+struct RowOf {
+    Image row;
+    RowOf(Image image, int step, int y) : row(rowAt(image, step, y)) {}
+    operator Image() const { return row; }
+};
 
+// ... or the rows of the three planes.
 template <typename T>
-auto kernelArgument(T& row)
-{
-    if constexpr (requires { row.data(); }) return row.data(); else return row;
-}
+struct RowOf<T* const*> {
+    T* rows[3];
+    RowOf(T* const* planes, int step, int y)
+    {
+        const PlaneRows<T> image(planes, step);
+        for (int p = 0; p < 3; ++p) rows[p] = image.row(p, y);
+    }
+    operator T* const*() const { return rows; }
+};
 
 template <typename Src, typename Dst>
-void yuvRows(void (*kernel)(Src, Dst, int), Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height)
+void walkRows(void (*kernel)(Src, Dst, int), Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height)
 {
-    for (int y = 0; y < height; ++y) {
-        auto s = rowOf(pSrc, srcStep, y);
-        auto d = rowOf(pDst, dstStep, y);
-        kernel(kernelArgument(s), kernelArgument(d), width);
-    }
+    forEachRow(height, [&](int y) { kernel(RowOf<Src>(pSrc, srcStep, y), RowOf<Dst>(pDst, dstStep, y), width); });
 }
 
 } // namespace
 
-#define KEL_YUV_ROWS(NAME, SRC, DST)                                                                    \
-    void my##NAME(SRC pSrc, int srcStep, DST pDst, int dstStep, int width, int height)                 \
-    { yuvRows(inner##NAME, pSrc, srcStep, pDst, dstStep, width, height); }
-KEL_YUV_ROWS(RGBToYUV_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_ROWS(RGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_ROWS(RGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_ROWS(RGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*)
-KEL_YUV_ROWS(YUVToRGB_8u_C3R, const Kel8u*, Kel8u*)
-KEL_YUV_ROWS(YUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)
-KEL_YUV_ROWS(YUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)
-KEL_YUV_ROWS(YUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
+#define KEL_YUV_ROWS(publicName, rowLayer, kernel, Src, Dst)                                                          \
+    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height)                                \
+    {                                                                                                                 \
+        walkRows(kernel, pSrc, srcStep, pDst, dstStep, width, height);                                                \
+    }
+KEL_YUV_MEMBERS(KEL_YUV_ROWS)
 #undef KEL_YUV_ROWS
 
 // ---- row kernels ---------------------------------------------------------------------------
@@ -136,6 +114,7 @@ void innerRGBToYUV_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
     forwardRow<3, 3>(src, src + 1, src + 2, dst, dst + 1, dst + 2, width);
 }
+// The fourth byte is neither read nor written.
 void innerRGBToYUV_8u_AC4R(const Kel8u* src, Kel8u* dst, int width)
 {
     forwardRow<4, 4>(src, src + 1, src + 2, dst, dst + 1, dst + 2, width);
@@ -148,6 +127,7 @@ void innerRGBToYUV_8u_C3P3R(const Kel8u* src, Kel8u* const* dst, int width)
 {
     forwardRow<3, 1>(src, src + 1, src + 2, dst[0], dst[1], dst[2], width);
 }
+// Pixel order takes set 1, planes set 2.
 void innerYUVToRGB_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
     inverseRow<inverse1, 3, 3>(src, src + 1, src + 2, dst, dst + 1, dst + 2, width);

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "callframe.h"
+#include "rowstore.h"
 
 namespace kel::yuv {
 
@@ -42,21 +43,33 @@ inline Kel8u chromaV(std::int32_t sumOfRed, std::int32_t sumOfLuma)
     return saturateByte(((colourDifference<CellShift>(sumOfRed, sumOfLuma) * 57475) >> (16 + CellShift)) + 128);
 }
 
-// The two inverse coefficient sets differ by one in each coefficient.
+// The inverse coefficient sets: R from V, G from U and V, B from U, each a
+// weight in 16.16 fixed point.  The two sets differ by one in each weight.
 struct Inverse {
     std::int32_t vToR, uToG, vToG, uToB;
 };
 inline constexpr Inverse inverse1{74711, 25821, 38076, 133169};
 inline constexpr Inverse inverse2{74710, 25820, 38075, 133168};
 
-// One pixel back to R, G, B; Half is 0 (truncate) or 32768 (round).
+// The chroma part of a pixel's three sums; Half is 0 (truncate) or 32768
+// (round) and rides along in every term.
+template <const Inverse& K, std::int32_t Half = 0>
+inline ChromaTerms inverseTerms(std::int32_t u, std::int32_t v)
+{
+    const std::int32_t du = u - 128, dv = v - 128;
+    return {K.vToR * dv + Half, -K.uToG * du - K.vToG * dv + Half, K.uToB * du + Half};
+}
+
+// One pixel back to R, G, B: luma in 16.16 plus the chroma terms, >> 16,
+// saturated.  Every sum stays inside 32 bits, so grouping the terms is free.
 template <const Inverse& K, std::int32_t Half = 0>
 inline void toRGB(std::int32_t y, std::int32_t u, std::int32_t v, Kel8u& r, Kel8u& g, Kel8u& b)
 {
-    const std::int32_t y16 = y << 16, du = u - 128, dv = v - 128;
-    r = saturateByte((y16 + K.vToR * dv + Half) >> 16);
-    g = saturateByte((y16 - K.uToG * du - K.vToG * dv + Half) >> 16);
-    b = saturateByte((y16 + K.uToB * du + Half) >> 16);
+    const ChromaTerms t = inverseTerms<K, Half>(u, v);
+    const std::int32_t y16 = y << 16;
+    r = saturateByte((y16 + t.r) >> 16);
+    g = saturateByte((y16 + t.g) >> 16);
+    b = saturateByte((y16 + t.b) >> 16);
 }
 
 } // namespace kel::yuv

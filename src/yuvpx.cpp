@@ -1,12 +1,9 @@
-// RGB <-> full-range YUV with 4:2:2 and 4:2:0 chroma.  The forward direction
-// averages the colour differences of a cell (two pixels, or 2 x 2); the
-// inverse repeats the cell's chroma for each pixel.  Includes the forms that
-// take no strides.
-#include <array>
+// RGB <-> full-range YUV with 4:2:2 and 4:2:0 chroma, also in the forms without strides:
+// forward averages a cell's colour differences (two pixels, or 2 x 2), inverse repeats its chroma.
 #include <cstdint>
-#include <type_traits>
 
 #include "callframe.h"
+#include "rowstore.h"
 #include "yuvconv.h"
 
 using namespace kel;
@@ -14,481 +11,117 @@ using namespace kel::yuv;
 
 namespace {
 
-// Three channels of one row: where each starts and the distance between the
-// samples of a pixel (3 or 4 in pixel order, 1 in planes).
+// One row of the Y, U and V planes (U and V at half width).  As the
+// destination of the forward 4:2:2 kernel it takes a pair's samples, or those
+// of a last single pixel, which has chroma of its own in planes.
 template <typename Byte>
-struct Channels {
-    Byte* c[3];
+struct YUVRow {
+    Byte *y, *u, *v;
+
+    void putPair(int pair, Kel8u y0, Kel8u y1, Kel8u cb, Kel8u cr) const
+    {
+        y[2 * pair] = y0;
+        y[2 * pair + 1] = y1;
+        u[pair] = cb;
+        v[pair] = cr;
+    }
+    void putLast(int pair, Kel8u luma, Kel8u cb, Kel8u cr) const
+    {
+        y[2 * pair] = luma;
+        u[pair] = cb;
+        v[pair] = cr;
+    }
 };
-
-template <typename Byte>
-Channels<Byte> pixelChannels(Byte* row)
-{
-    return {{row, row + 1, row + 2}};
-}
-
-template <typename Byte>
-Channels<Byte> planeChannels(Byte* const planes[3], const int steps[3], int y)
-{
-    return {{rowAt(planes[0], steps[0], y), rowAt(planes[1], steps[1], y), rowAt(planes[2], steps[2], y)}};
-}
-
-template <typename Byte>
-Channels<Byte> planeChannels(Byte* const planes[3], int step, int y)
-{
-    const int steps[3] = {step, step, step};
-    return planeChannels(planes, steps, y);
-}
-
-// ---- forward kernels ---------------------------------------------------------------------
-
-// A 4:2:2 row.  YUV in planes (Y, U, V) or in pixel order (Y0 U Y1 V).  A last
-// single pixel takes the one-pixel formulas; pixel order has room for its Y
-// and U only.
-template <int RgbPitch, bool PixelOrderYuv>
-void forward422(Channels<const Kel8u> rgb, Channels<Kel8u> yuv, int width)
-{
-    constexpr int lumaPitch = PixelOrderYuv ? 2 : 1, chromaPitch = PixelOrderYuv ? 4 : 1;
-    const Kel8u *r = rgb.c[0], *g = rgb.c[1], *b = rgb.c[2];
-    Kel8u *y = yuv.c[0], *u = yuv.c[1], *v = yuv.c[2];
-    // Whole pairs go in blocks: samples and luma sums gathered into plain
-    // arrays first, then each pair from them, in loops the compiler vectorises.
-    const int pairs = width / 2;
-    constexpr int kBlock = 64;  // pixels
-    std::int32_t red[kBlock], blue[kBlock], sum[kBlock];
-    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
-        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
-        for (int i = 0; i < n; ++i) {
-            const int p = (x0 + i) * RgbPitch;
-            red[i] = r[p];
-            blue[i] = b[p];
-            sum[i] = lumaSum(r[p], g[p], b[p]);
-        }
-        for (int k = 0; k < n / 2; ++k) {
-            const int e = 2 * k, o = e + 1, pair = x0 / 2 + k;
-            y[2 * pair * lumaPitch] = static_cast<Kel8u>(sum[e] >> 16);
-            y[(2 * pair + 1) * lumaPitch] = static_cast<Kel8u>(sum[o] >> 16);
-            u[pair * chromaPitch] = chromaU<1>(blue[e] + blue[o], sum[e] + sum[o]);
-            v[pair * chromaPitch] = chromaV<1>(red[e] + red[o], sum[e] + sum[o]);
-        }
-    }
-    if (width & 1) {
-        const int p = 2 * pairs * RgbPitch;
-        const std::int32_t s = lumaSum(r[p], g[p], b[p]);
-        y[2 * pairs * lumaPitch] = static_cast<Kel8u>(s >> 16);
-        u[pairs * chromaPitch] = chromaU<0>(b[p], s);
-        if constexpr (!PixelOrderYuv) v[pairs * chromaPitch] = chromaV<0>(r[p], s);
-    }
-}
-
-// A 4:2:0 row pair: width / 2 cells of 2 x 2; an odd last column is skipped.
-// The cells go in blocks: the samples of both rows are gathered into plain
-// arrays, then luma and the cells' chroma come from them in loops the
-// compiler vectorises.
-template <int RgbPitch>
-void forward420(Channels<const Kel8u> top, Channels<const Kel8u> bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
-                Kel8u* v, int width)
-{
-    constexpr int kBlock = 64;  // pixels
-    const int columns = width & ~1;
-    std::int32_t r[2][kBlock], b[2][kBlock], sum[2][kBlock];
-    for (int x0 = 0; x0 < columns; x0 += kBlock) {
-        const int n = columns - x0 < kBlock ? columns - x0 : kBlock;
-        for (int row = 0; row < 2; ++row) {
-            const Channels<const Kel8u>& in = row == 0 ? top : bottom;
-            Kel8u* y = (row == 0 ? yTop : yBottom) + x0;
-            for (int i = 0; i < n; ++i) {
-                const int p = (x0 + i) * RgbPitch;
-                r[row][i] = in.c[0][p];
-                b[row][i] = in.c[2][p];
-                sum[row][i] = lumaSum(in.c[0][p], in.c[1][p], in.c[2][p]);
-                y[i] = static_cast<Kel8u>(sum[row][i] >> 16);
-            }
-        }
-        for (int k = 0; k < n / 2; ++k) {
-            const int e = 2 * k, o = e + 1;
-            const std::int32_t cellSum = sum[0][e] + sum[0][o] + sum[1][e] + sum[1][o];
-            u[x0 / 2 + k] = chromaU<2>(b[0][e] + b[0][o] + b[1][e] + b[1][o], cellSum);
-            v[x0 / 2 + k] = chromaV<2>(r[0][e] + r[0][o] + r[1][e] + r[1][o], cellSum);
-        }
-    }
-}
-
-// ---- inverse kernels ------------------------------------------------------------------------
-
-// Writes one pixel of RGB (or BGR with Swap) at dst[0..2], and 0 as alpha
-// when the destination has four channels.
-template <int Pitch, bool Swap, std::int32_t Half>
-inline void storeRGB(Kel8u* dst, std::int32_t y, std::int32_t u, std::int32_t v)
-{
-    Kel8u r, g, b;
-    toRGB<inverse1, Half>(y, u, v, r, g, b);
-    dst[0] = Swap ? b : r;
-    dst[1] = g;
-    dst[2] = Swap ? r : b;
-    if constexpr (Pitch == 4) dst[3] = 0;
-}
-
-// A 4:2:2 row from planes to pixel order (Pitch 3 or 4) or to planes (Pitch
-// 1, with the RGB planes in rgb).  A last single pixel takes chroma entry
-// width / 2, which the planes hold.
-template <int Pitch>
-void inverse422Planes(Channels<const Kel8u> yuv, Channels<Kel8u> rgb, int width)
-{
-    const Kel8u *y = yuv.c[0], *u = yuv.c[1], *v = yuv.c[2];
-    for (int x = 0; x < width; ++x) {
-        const int k = x / 2;
-        if constexpr (Pitch == 1) {
-            toRGB<inverse1>(y[x], u[k], v[k], rgb.c[0][x], rgb.c[1][x], rgb.c[2][x]);
-        } else {
-            storeRGB<Pitch, false, 0>(rgb.c[0] + x * Pitch, y[x], u[k], v[k]);
-        }
-    }
-}
-
-// Inverse kernels work in blocks: the chroma terms of every pixel (a cell's
-// terms repeated for its pixels), then each pixel from its luma and its
-// terms, then the stores.  Each pass is a plain loop the compiler vectorises;
-// the sums are those of the one-pixel formula.
-constexpr int kBlock = 64;  // pixels
-
-struct TermBlock {
-    std::int32_t r[kBlock], g[kBlock], b[kBlock];
-};
-
-// Terms for pixels i and i + 1 of a block, from their cell's U and V.
-template <std::int32_t Half>
-[[gnu::always_inline]] inline void setPairTerms(TermBlock& t, int i, std::int32_t u, std::int32_t v)
-{
-    const std::int32_t du = u - 128, dv = v - 128;
-    t.r[i] = t.r[i + 1] = inverse1.vToR * dv + Half;
-    t.g[i] = t.g[i + 1] = -inverse1.uToG * du - inverse1.vToG * dv + Half;
-    t.b[i] = t.b[i + 1] = inverse1.uToB * du + Half;
-}
-
-// n pixels of a block, their luma LumaPitch bytes apart, into a destination
-// of Pitch bytes a pixel (1: the three planes of `out`), alpha 0 at Pitch 4.
-template <int LumaPitch, int Pitch, bool Swap>
-[[gnu::always_inline]] inline void blockPixels(const Kel8u* luma, const TermBlock& t, int n, Channels<Kel8u> out, int x0)
-{
-    Kel8u r[kBlock], g[kBlock], b[kBlock];
-    for (int i = 0; i < n; ++i) {
-        const std::int32_t y16 = luma[i * LumaPitch] << 16;
-        r[i] = saturateByte((y16 + t.r[i]) >> 16);
-        g[i] = saturateByte((y16 + t.g[i]) >> 16);
-        b[i] = saturateByte((y16 + t.b[i]) >> 16);
-    }
-    if constexpr (Pitch == 1) {
-        for (int i = 0; i < n; ++i) {
-            out.c[0][x0 + i] = r[i];
-            out.c[1][x0 + i] = g[i];
-            out.c[2][x0 + i] = b[i];
-        }
-    } else {
-        Kel8u* d = out.c[0] + x0 * Pitch;
-        for (int i = 0; i < n; ++i) {
-            d[i * Pitch] = Swap ? b[i] : r[i];
-            d[i * Pitch + 1] = g[i];
-            d[i * Pitch + 2] = Swap ? r[i] : b[i];
-            if constexpr (Pitch == 4) d[i * Pitch + 3] = 0;
-        }
-    }
-}
-
-// A 4:2:2 row in pixel order (Y0 U Y1 V).  A last single pixel, in a pair cut
-// short after its U, takes V from the pair before: the byte before its Y.
-void inverse422PixelOrder(const Kel8u* src, Kel8u* dst, int width)
-{
-    const int pairs = width / 2;
-    TermBlock terms;
-    for (int x0 = 0; x0 < 2 * pairs; x0 += kBlock) {
-        const int n = 2 * pairs - x0 < kBlock ? 2 * pairs - x0 : kBlock;
-        const Kel8u* block = src + 2 * x0;  // two bytes a pixel
-        for (int i = 0; i < n; i += 2) setPairTerms<0>(terms, i, block[2 * i + 1], block[2 * i + 3]);
-        blockPixels<2, 3, false>(block, terms, n, pixelChannels(dst), x0);  // Y0 and Y1 two bytes apart
-    }
-    if (width & 1) {
-        const Kel8u* last = src + 4 * pairs;
-        storeRGB<3, false, 0>(dst + 6 * pairs, last[0], last[1], last[-1]);
-    }
-}
-
-// A 4:2:0 row pair; the odd last column is left alone.
-template <int Pitch, bool Swap, std::int32_t Half>
-void inverse420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Channels<Kel8u> top,
-                Channels<Kel8u> bottom, int width)
-{
-    const int columns = width & ~1;
-    TermBlock terms;
-    for (int x0 = 0; x0 < columns; x0 += kBlock) {
-        const int n = columns - x0 < kBlock ? columns - x0 : kBlock;
-        for (int i = 0; i < n; i += 2) setPairTerms<Half>(terms, i, u[(x0 + i) / 2], v[(x0 + i) / 2]);
-        blockPixels<1, Pitch, Swap>(yTop + x0, terms, n, top, x0);
-        blockPixels<1, Pitch, Swap>(yBottom + x0, terms, n, bottom, x0);
-    }
-}
 
 } // namespace
 
-// ---- row kernels under the library's names ------------------------------------------------------
-
-void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
-{
-    forward422<3, true>(pixelChannels(src), {{dst, dst + 1, dst + 3}}, width);
-}
-void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, Channels<Kel8u> dst, int width)
-{
-    forward422<3, false>(pixelChannels(src), dst, width);
-}
-void innerRGBToYUV422_8u_P3R(Channels<const Kel8u> src, Channels<Kel8u> dst, int width)
-{
-    forward422<1, false>(src, dst, width);
-}
-void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
-{
-    inverse422PixelOrder(src, dst, width);
-}
-void innerYUV422ToRGB_8u_P3C3R(Channels<const Kel8u> src, Kel8u* dst, int width)
-{
-    inverse422Planes<3>(src, pixelChannels(dst), width);
-}
-void innerYUV422ToRGB_8u_P3AC4R(Channels<const Kel8u> src, Kel8u* dst, int width)
-{
-    inverse422Planes<4>(src, pixelChannels(dst), width);
-}
-void innerYUV422ToRGB_8u_P3R(Channels<const Kel8u> src, Channels<Kel8u> dst, int width)
-{
-    inverse422Planes<1>(src, dst, width);
-}
-
-// The width-1 path of pixel-order 4:2:2: byte 1 serves as both chroma samples.
-void unrealYUV(const Kel8u* src, Kel8u* dst)
-{
-    const std::int32_t y16 = src[0] << 16, c = src[1] - 128;
-    dst[0] = saturateByte((y16 + 74711 * c) >> 16);
-    dst[1] = saturateByte((y16 - 25821 * c - 38076 * c) >> 16);
-    dst[2] = saturateByte((y16 + 133169 * c) >> 16);
-}
-
-void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
-                               int width)
-{
-    forward420<3>(pixelChannels(top), pixelChannels(bottom), yTop, yBottom, u, v, width);
-}
-void innerRGBToYUV420_8u_P3R(Channels<const Kel8u> top, Channels<const Kel8u> bottom, Kel8u* yTop, Kel8u* yBottom,
-                             Kel8u* u, Kel8u* v, int width)
-{
-    forward420<1>(top, bottom, yTop, yBottom, u, v, width);
-}
-void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
-                               Kel8u* bottom, int width)
-{
-    inverse420<3, false, 0>(yTop, yBottom, u, v, pixelChannels(top), pixelChannels(bottom), width);
-}
-// The one inverse that rounds: 32768 before each shift.
-void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
-                                Kel8u* bottom, int width)
-{
-    inverse420<4, false, 32768>(yTop, yBottom, u, v, pixelChannels(top), pixelChannels(bottom), width);
-}
-void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
-                             Channels<Kel8u> top, Channels<Kel8u> bottom, int width)
-{
-    inverse420<1, false, 0>(yTop, yBottom, u, v, top, bottom, width);
-}
-
-// ---- row layers ------------------------------------------------------------------------------------
-
-void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
-{
-    for (int y = 0; y < height; ++y) innerRGBToYUV422_8u_C3C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
-}
+// The layers behind the public functions, defined below in this order.
+void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
-                            int height)
-{
-    for (int y = 0; y < height; ++y)
-        innerRGBToYUV422_8u_C3P3R(rowAt(pSrc, srcStep, y), planeChannels(pDst, dstSteps, y), width);
-}
+                            int height);
 void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                          int width, int height)
-{
-    for (int y = 0; y < height; ++y)
-        innerRGBToYUV422_8u_P3R(planeChannels(pSrc, srcStep, y), planeChannels(pDst, dstSteps, y), width);
-}
-void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
-{
-    for (int y = 0; y < height; ++y) {
-        if (width == 1) unrealYUV(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y));
-        else innerYUV422ToRGB_8u_C2C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
-    }
-}
+                          int width, int height);
+void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
-                            int height)
-{
-    for (int y = 0; y < height; ++y)
-        innerYUV422ToRGB_8u_P3C3R(planeChannels(pSrc, srcSteps, y), rowAt(pDst, dstStep, y), width);
-}
+                            int height);
 void myYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
-                             int height)
-{
-    for (int y = 0; y < height; ++y)
-        innerYUV422ToRGB_8u_P3AC4R(planeChannels(pSrc, srcSteps, y), rowAt(pDst, dstStep, y), width);
-}
+                             int height);
 void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
-                          int width, int height)
-{
-    for (int y = 0; y < height; ++y)
-        innerYUV422ToRGB_8u_P3R(planeChannels(pSrc, srcSteps, y), planeChannels(pDst, dstStep, y), width);
-}
-
-// 4:2:0 row layers: row pairs, chroma rows one at a time.
+                          int width, int height);
 void myRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
-                            int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        innerRGBToYUV420_8u_C3P3R(rowAt(pSrc, srcStep, 2 * j), rowAt(pSrc, srcStep, 2 * j + 1),
-                                  rowAt(pDst[0], dstSteps[0], 2 * j), rowAt(pDst[0], dstSteps[0], 2 * j + 1),
-                                  rowAt(pDst[1], dstSteps[1], j), rowAt(pDst[2], dstSteps[2], j), width);
-}
+                            int height);
 void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                          int width, int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        innerRGBToYUV420_8u_P3R(planeChannels(pSrc, srcStep, 2 * j), planeChannels(pSrc, srcStep, 2 * j + 1),
-                                rowAt(pDst[0], dstSteps[0], 2 * j), rowAt(pDst[0], dstSteps[0], 2 * j + 1),
-                                rowAt(pDst[1], dstSteps[1], j), rowAt(pDst[2], dstSteps[2], j), width);
-}
+                          int width, int height);
 void myYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
-                            int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        innerYUV420ToRGB_8u_P3C3R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
-                                  rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
-                                  rowAt(pDst, dstStep, 2 * j), rowAt(pDst, dstStep, 2 * j + 1), width);
-}
+                            int height);
 void myYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
-                             int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        innerYUV420ToRGB_8u_P3AC4R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
-                                   rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
-                                   rowAt(pDst, dstStep, 2 * j), rowAt(pDst, dstStep, 2 * j + 1), width);
-}
+                             int height);
 void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
-                          int width, int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        innerYUV420ToRGB_8u_P3R(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
-                                rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
-                                planeChannels(pDst, dstStep, 2 * j), planeChannels(pDst, dstStep, 2 * j + 1), width);
-}
+                          int width, int height);
+void myRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize size);
+void myRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size);
+void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize size);
+void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size);
 
-// Row loop and kernel in one: blue first, saturation by compares.
+void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVRow<Kel8u> dst, int width);
+void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVRow<Kel8u> dst, int width);
+void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYUV422ToRGB_8u_P3C3R(YUVRow<const Kel8u> src, Kel8u* dst, int width);
+void innerYUV422ToRGB_8u_P3AC4R(YUVRow<const Kel8u> src, Kel8u* dst, int width);
+void innerYUV422ToRGB_8u_P3R(YUVRow<const Kel8u> src, PlaneStore dst, int width);
+void unrealYUV(const Kel8u* src, Kel8u* dst);
+void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width);
+void innerRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                             int width);
+void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                                Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                             PlaneStore top, PlaneStore bottom, int width);
 void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
-                             int height)
-{
-    for (int j = 0; j < height / 2; ++j)
-        inverse420<3, true, 0>(rowAt(pSrc[0], srcSteps[0], 2 * j), rowAt(pSrc[0], srcSteps[0], 2 * j + 1),
-                               rowAt(pSrc[1], srcSteps[1], j), rowAt(pSrc[2], srcSteps[2], j),
-                               pixelChannels(rowAt(pDst, dstStep, 2 * j)),
-                               pixelChannels(rowAt(pDst, dstStep, 2 * j + 1)), width);
-}
+                             int height);
 
-// ---- whole images as one row -------------------------------------------------------------------------
+// ---- public functions ------------------------------------------------------------------------------------
 
-// A whole image of even width and at least 256 pixels lies back to back in
-// whole pairs, so the kernel runs over it as one long row: the pixels up to a
-// multiple of 8, then the rest.
 namespace {
 
+// The strides that the forms without strides derive from the width: luma,
+// then both chroma planes.  A 4:2:2 plane of odd width has a last chroma
+// column for the single last pixel; 4:2:0 has none.
+struct DerivedSteps {
+    int planes[3];
+};
+DerivedSteps steps422(int width)
+{
+    const int chroma = width / 2 + (width & 1);
+    return {{width, chroma, chroma}};
+}
+DerivedSteps steps420(int width)
+{
+    return {{width, width / 2, width / 2}};
+}
+
+// A whole 4:2:2 image of even width and at least 256 pixels is converted as
+// one long row: its rows lie back to back and each holds whole pairs.
 bool asOneRow(KelImageSize size)
 {
     const std::int64_t pixels = static_cast<std::int64_t>(size.width) * size.height;
     return pixels >= 256 && (size.width & 1) == 0;
 }
 
-template <typename Kernel>
-void inTwoRuns(KelImageSize size, Kernel kernel)
-{
-    const int pixels = static_cast<int>(static_cast<std::int64_t>(size.width) * size.height);
-    const int n = pixels & ~7;
-    kernel(0, n);
-    if (pixels & 7) kernel(n, pixels & 7);
-}
-
-template <typename Byte>
-Channels<Byte> advanced(Byte* const planes[3], int lumaOffset)
-{
-    return {{planes[0] + lumaOffset, planes[1] + lumaOffset / 2, planes[2] + lumaOffset / 2}};
-}
-
-template <typename Byte>
-Channels<Byte> advancedRGB(Byte* const planes[3], int offset)
-{
-    return {{planes[0] + offset, planes[1] + offset, planes[2] + offset}};
-}
-
-} // namespace
-
-void myRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize size)
-{
-    inTwoRuns(size, [&](int first, int count) {
-        innerRGBToYUV422_8u_C3P3R(pSrc + 3 * first, advanced(pDst, first), count);
-    });
-}
-void myRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
-{
-    inTwoRuns(size, [&](int first, int count) {
-        innerRGBToYUV422_8u_P3R(advancedRGB(pSrc, first), advanced(pDst, first), count);
-    });
-}
-void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize size)
-{
-    inTwoRuns(size, [&](int first, int count) {
-        innerYUV422ToRGB_8u_P3C3R(advanced(pSrc, first), pDst + 3 * first, count);
-    });
-}
-void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
-{
-    inTwoRuns(size, [&](int first, int count) {
-        innerYUV422ToRGB_8u_P3R(advanced(pSrc, first), advancedRGB(pDst, first), count);
-    });
-}
-
-// ---- public functions ------------------------------------------------------------------------------------
-
-namespace {
-
-// Null pointers, then the size, then the plane pointers.
-template <typename Src, typename Dst>
-KelResult testArguments(Src pSrc, Dst pDst, KelImageSize size)
-{
-    if (anyNull(pSrc, pDst))     return kelErrNullPointer;
-    if (sizeBelow(size, 1, 1))   return kelErrSize;
-    if constexpr (isPlaneArray<Src>) if (anyNullPlane(pSrc)) return kelErrNullPointer;
-    if constexpr (isPlaneArray<Dst>) if (anyNullPlane(pDst)) return kelErrNullPointer;
-    return kelOk;
-}
-
-KelResult oddSizeWarning(KelImageSize size)
-{
-    return ((size.width | size.height) & 1) ? kelWarnOddSize : kelOk;
-}
-
-// Derived strides of the forms without strides.
-struct DerivedSteps {
-    int luma, chroma;
-};
-DerivedSteps steps422(int width) { return {width, width / 2 + (width & 1)}; }
-DerivedSteps steps420(int width) { return {width, width / 2}; }
-
 } // namespace
 
 extern "C" {
 
+// Every member tests the pointers (a plane array's own address), the size,
+// then the planes inside the arrays; 4:2:0 warns of an odd size after the work.
+
 KEL_API KelResult keliRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myRGBToYUV422_8u_C3C2R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -496,7 +129,7 @@ KEL_API KelResult keliRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u
 KEL_API KelResult keliRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
                                            KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myRGBToYUV422_8u_C3P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -504,40 +137,35 @@ KEL_API KelResult keliRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u
 KEL_API KelResult keliRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3],
                                          const int dstSteps[3], KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myRGBToYUV422_8u_P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
-    if (asOneRow(imgSize)) {
+    if (const KelResult bad = testPlanesAfterSize(imgSize, 1, 1, pSrc, pDst)) return bad;
+    if (asOneRow(imgSize))
         myRGBToYUV422_8u_C3P3(pSrc, pDst, imgSize);
-        return kelOk;
-    }
-    const DerivedSteps s = steps422(imgSize.width);
-    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
-    myRGBToYUV422_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, dstSteps, imgSize.width, imgSize.height);
+    else
+        myRGBToYUV422_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, steps422(imgSize.width).planes, imgSize.width,
+                               imgSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
-    if (asOneRow(imgSize)) {
+    if (const KelResult bad = testPlanesAfterSize(imgSize, 1, 1, pSrc, pDst)) return bad;
+    if (asOneRow(imgSize))
         myRGBToYUV422_8u_P3(pSrc, pDst, imgSize);
-        return kelOk;
-    }
-    const DerivedSteps s = steps422(imgSize.width);
-    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
-    myRGBToYUV422_8u_P3R(pSrc, imgSize.width, pDst, dstSteps, imgSize.width, imgSize.height);
+    else
+        myRGBToYUV422_8u_P3R(pSrc, imgSize.width, pDst, steps422(imgSize.width).planes, imgSize.width, imgSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV422ToRGB_8u_C2C3R(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -545,7 +173,7 @@ KEL_API KelResult keliYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u
 KEL_API KelResult keliYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
                                            KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV422ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -553,7 +181,7 @@ KEL_API KelResult keliYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int
 KEL_API KelResult keliYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst,
                                             int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV422ToRGB_8u_P3AC4R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
@@ -561,115 +189,506 @@ KEL_API KelResult keliYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const in
 KEL_API KelResult keliYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3],
                                          int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV422ToRGB_8u_P3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
-    if (asOneRow(imgSize)) {
+    if (const KelResult bad = testPlanesAfterSize(imgSize, 1, 1, pSrc, pDst)) return bad;
+    if (asOneRow(imgSize))
         myYUV422ToRGB_8u_P3C3(pSrc, pDst, imgSize);
-        return kelOk;
-    }
-    const DerivedSteps s = steps422(imgSize.width);
-    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
-    myYUV422ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, 3 * imgSize.width, imgSize.width, imgSize.height);
+    else
+        myYUV422ToRGB_8u_P3C3R(pSrc, steps422(imgSize.width).planes, pDst, 3 * imgSize.width, imgSize.width,
+                               imgSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, imgSize); status != kelOk) return status;
-    if (asOneRow(imgSize)) {
+    if (const KelResult bad = testPlanesAfterSize(imgSize, 1, 1, pSrc, pDst)) return bad;
+    if (asOneRow(imgSize))
         myYUV422ToRGB_8u_P3(pSrc, pDst, imgSize);
-        return kelOk;
-    }
-    const DerivedSteps s = steps422(imgSize.width);
-    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
-    myYUV422ToRGB_8u_P3R(pSrc, srcSteps, pDst, imgSize.width, imgSize.width, imgSize.height);
+    else
+        myYUV422ToRGB_8u_P3R(pSrc, steps422(imgSize.width).planes, pDst, imgSize.width, imgSize.width, imgSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
                                            KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myRGBToYUV420_8u_C3P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
-    return oddSizeWarning(roiSize);
+    return warnUnlessEven(roiSize);
 }
 
 KEL_API KelResult keliRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3],
                                          const int dstSteps[3], KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myRGBToYUV420_8u_P3R(pSrc, srcStep, pDst, dstSteps, roiSize.width, roiSize.height);
-    return oddSizeWarning(roiSize);
+    return warnUnlessEven(roiSize);
 }
 
 KEL_API KelResult keliRGBToYUV420_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    const DerivedSteps s = steps420(imgSize.width);
-    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
-    return keliRGBToYUV420_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, dstSteps, imgSize);
+    return keliRGBToYUV420_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, steps420(imgSize.width).planes, imgSize);
 }
 
 KEL_API KelResult keliRGBToYUV420_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    const DerivedSteps s = steps420(imgSize.width);
-    const int dstSteps[3] = {s.luma, s.chroma, s.chroma};
-    return keliRGBToYUV420_8u_P3R(pSrc, imgSize.width, pDst, dstSteps, imgSize);
+    return keliRGBToYUV420_8u_P3R(pSrc, imgSize.width, pDst, steps420(imgSize.width).planes, imgSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
                                            KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV420ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
-    return oddSizeWarning(roiSize);
+    return warnUnlessEven(roiSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst,
                                             int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV420ToRGB_8u_P3AC4R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
-    return oddSizeWarning(roiSize);
+    return warnUnlessEven(roiSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3],
                                          int dstStep, KelImageSize roiSize)
 {
-    if (const KelResult status = testArguments(pSrc, pDst, roiSize); status != kelOk) return status;
+    if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
     myYUV420ToRGB_8u_P3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
-    return oddSizeWarning(roiSize);
+    return warnUnlessEven(roiSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize)
 {
-    const DerivedSteps s = steps420(imgSize.width);
-    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
-    return keliYUV420ToRGB_8u_P3C3R(pSrc, srcSteps, pDst, 3 * imgSize.width, imgSize);
+    return keliYUV420ToRGB_8u_P3C3R(pSrc, steps420(imgSize.width).planes, pDst, 3 * imgSize.width, imgSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    const DerivedSteps s = steps420(imgSize.width);
-    const int srcSteps[3] = {s.luma, s.chroma, s.chroma};
-    return keliYUV420ToRGB_8u_P3R(pSrc, srcSteps, pDst, imgSize.width, imgSize);
+    return keliYUV420ToRGB_8u_P3R(pSrc, steps420(imgSize.width).planes, pDst, imgSize.width, imgSize);
 }
 
-// Tests and warns on the halved size: a 6 x 4 image is warned of, 5 x 4 is not.
+// Tests and warns on the halved size, its count of cells: a 6 x 4 image is
+// warned of, 5 x 4 is not, and below 2 x 2 is a size error.
 KEL_API KelResult keliYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep,
                                            KelImageSize roiSize)
 {
-    if (anyNull(pSrc, pDst))                          return kelErrNullPointer;
     const KelImageSize cells{roiSize.width / 2, roiSize.height / 2};
-    if (sizeBelow(cells, 1, 1))                       return kelErrSize;
-    if (anyNullPlane(pSrc))                           return kelErrNullPointer;
+    if (const KelResult bad = testPlanesAfterSize(cells, 1, 1, pSrc, pDst)) return bad;
     ownYUV420ToBGR_8u_P3C3R(pSrc, srcSteps, pDst, dstStep, roiSize.width, roiSize.height);
-    return oddSizeWarning(cells);
+    return warnUnlessEven(cells);
 }
 
 } // extern "C"
+
+// ---- row layers ------------------------------------------------------------------------------------------
+
+namespace {
+
+// Row y of three planes, as a kernel takes it.
+PlaneSource planeSource(const PlaneRows<const Kel8u>& rgb, int y)
+{
+    return {rgb.row(0, y), rgb.row(1, y), rgb.row(2, y)};
+}
+PlaneStore planeStore(const PlaneRows<Kel8u>& rgb, int y)
+{
+    return {rgb.row(0, y), rgb.row(1, y), rgb.row(2, y)};
+}
+template <typename Byte>
+YUVRow<Byte> yuvRow(const PlaneRows<Byte>& yuv, int y)
+{
+    return {yuv.row(0, y), yuv.row(1, y), yuv.row(2, y)};
+}
+
+} // namespace
+
+void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    forEachRow(height, [&](int y) {
+        innerRGBToYUV422_8u_C3C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+    });
+}
+void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
+                            int height)
+{
+    const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    forEachRow(height, [&](int y) { innerRGBToYUV422_8u_C3P3R(rowAt(pSrc, srcStep, y), yuvRow(yuv, y), width); });
+}
+void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                          int width, int height)
+{
+    const PlaneRows<const Kel8u> rgb(pSrc, srcStep);
+    const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    forEachRow(height, [&](int y) { innerRGBToYUV422_8u_P3R(planeSource(rgb, y), yuvRow(yuv, y), width); });
+}
+// A row of one pixel has no pair before it to lend the missing V.
+void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
+{
+    forEachRow(height, [&](int y) {
+        if (width == 1) unrealYUV(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y));
+        else innerYUV422ToRGB_8u_C2C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+    });
+}
+void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                            int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3C3R(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
+}
+void myYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3AC4R(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
+}
+void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
+                          int width, int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const PlaneRows<Kel8u> rgb(pDst, dstStep);
+    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3R(yuvRow(yuv, y), planeStore(rgb, y), width); });
+}
+
+// 4:2:0: row pairs, each with one chroma row.
+void myRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
+                            int height)
+{
+    const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        innerRGBToYUV420_8u_C3P3R(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), yuv.row(0, top),
+                                  yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), width);
+    });
+}
+void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
+                          int width, int height)
+{
+    const PlaneRows<const Kel8u> rgb(pSrc, srcStep);
+    const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        innerRGBToYUV420_8u_P3R(planeSource(rgb, top), planeSource(rgb, bottom), yuv.row(0, top), yuv.row(0, bottom),
+                                yuv.row(1, chroma), yuv.row(2, chroma), width);
+    });
+}
+void myYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                            int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        innerYUV420ToRGB_8u_P3C3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
+                                  rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+    });
+}
+void myYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        innerYUV420ToRGB_8u_P3AC4R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
+                                   rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+    });
+}
+void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
+                          int width, int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const PlaneRows<Kel8u> rgb(pDst, dstStep);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        innerYUV420ToRGB_8u_P3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
+                                planeStore(rgb, top), planeStore(rgb, bottom), width);
+    });
+}
+
+// ---- whole 4:2:2 images as one row -----------------------------------------------------------------------
+
+namespace {
+
+// The kernel over the pixels up to a multiple of 8, then over the rest.
+template <typename Kernel>
+void inTwoRuns(KelImageSize size, const Kernel& kernel)
+{
+    const int pixels = static_cast<int>(static_cast<std::int64_t>(size.width) * size.height);
+    const int n = pixels & ~7;
+    kernel(0, n);
+    if (pixels & 7) kernel(n, pixels & 7);
+}
+
+// The planes from pixel `first` on (even: chroma at half the offset).
+template <typename Byte>
+YUVRow<Byte> yuvFrom(Byte* const planes[3], int first)
+{
+    return {planes[0] + first, planes[1] + first / 2, planes[2] + first / 2};
+}
+PlaneSource rgbFrom(const Kel8u* const planes[3], int first)
+{
+    return {planes[0] + first, planes[1] + first, planes[2] + first};
+}
+PlaneStore rgbFrom(Kel8u* const planes[3], int first)
+{
+    return {planes[0] + first, planes[1] + first, planes[2] + first};
+}
+
+} // namespace
+
+void myRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerRGBToYUV422_8u_C3P3R(pSrc + 3 * first, yuvFrom(pDst, first), count);
+    });
+}
+void myRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerRGBToYUV422_8u_P3R(rgbFrom(pSrc, first), yuvFrom(pDst, first), count);
+    });
+}
+void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerYUV422ToRGB_8u_P3C3R(yuvFrom(pSrc, first), pDst + 3 * first, count);
+    });
+}
+void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
+{
+    inTwoRuns(size, [&](int first, int count) {
+        innerYUV422ToRGB_8u_P3R(yuvFrom(pSrc, first), rgbFrom(pDst, first), count);
+    });
+}
+
+// ---- kernels ---------------------------------------------------------------------------------------------
+
+namespace {
+
+// Luma enters the inverse sums as Y << 16, that is Y * 65536 for a byte.
+constexpr std::int32_t kLumaWeight = 65536;
+
+// The kernels take their row sources and stores by value.  Through a
+// reference the compiler cannot tell whether a byte stored to the image lands
+// on the row pointers, so it would reload them for every pixel and leave the
+// block loops unvectorised.
+
+// A 4:2:2 destination row in pixel order, the bytes of a pair placed by L.
+template <PairLayout L>
+struct PairStore {
+    Kel8u* p;
+
+    void putPair(int pair, Kel8u y0, Kel8u y1, Kel8u cb, Kel8u cr) const
+    {
+        Kel8u* q = p + 4 * pair;
+        q[L.y0] = y0;
+        q[L.y1] = y1;
+        q[L.cb] = cb;
+        q[L.cr] = cr;
+    }
+    // A last single pixel's pair is cut after two bytes: its Y and the one
+    // chroma sample that lies there.
+    void putLast(int pair, Kel8u luma, Kel8u cb, Kel8u cr) const
+    {
+        Kel8u* q = p + 4 * pair;
+        q[L.y0] = luma;
+        if constexpr (L.cbMissing()) q[L.cr] = cr;
+        else q[L.cb] = cb;
+    }
+};
+
+// Forward 4:2:2.  Whole pairs go in blocks: samples and luma sums gathered
+// into plain arrays first, then each pair from them, in loops the compiler
+// vectorises.  A last single pixel takes the one-pixel formulas.
+template <typename Source, typename Store>
+void forward422(const Source in, const Store out, int width)
+{
+    const int pairs = width / 2;
+    std::int32_t red[kBlock], blue[kBlock], sum[kBlock];
+    forEachBlock(2 * pairs, [&](int x0, int n) {
+        for (int i = 0; i < n; ++i) {
+            const std::int32_t r = in.r(x0 + i), g = in.g(x0 + i), b = in.b(x0 + i);
+            red[i] = r;
+            blue[i] = b;
+            sum[i] = lumaSum(r, g, b);
+        }
+        for (int k = 0; k < n / 2; ++k) {
+            const int e = 2 * k, o = e + 1;
+            out.putPair(x0 / 2 + k, static_cast<Kel8u>(sum[e] >> 16), static_cast<Kel8u>(sum[o] >> 16),
+                        chromaU<1>(blue[e] + blue[o], sum[e] + sum[o]), chromaV<1>(red[e] + red[o], sum[e] + sum[o]));
+        }
+    });
+    if (width & 1) {
+        const int x = 2 * pairs;
+        const std::int32_t s = lumaSum(in.r(x), in.g(x), in.b(x));
+        out.putLast(pairs, static_cast<Kel8u>(s >> 16), chromaU<0>(in.b(x), s), chromaV<0>(in.r(x), s));
+    }
+}
+
+// One row of a 4:2:0 block: its samples kept for the cells, its luma written.
+template <typename Source>
+[[gnu::always_inline]] inline void lumaRow(const Source in, int x0, int n, std::int32_t* red, std::int32_t* blue,
+                                           std::int32_t* sum, Kel8u* y)
+{
+    for (int i = 0; i < n; ++i) {
+        const std::int32_t r = in.r(x0 + i), g = in.g(x0 + i), b = in.b(x0 + i);
+        red[i] = r;
+        blue[i] = b;
+        sum[i] = lumaSum(r, g, b);
+        y[i] = static_cast<Kel8u>(sum[i] >> 16);
+    }
+}
+
+// Forward 4:2:0, a row pair: width / 2 cells of 2 x 2; an odd last column is
+// skipped.  The cells go in blocks: both rows' luma and samples first, then
+// the cells' chroma, each a loop the compiler vectorises.
+template <typename Source>
+void forward420(const Source top, const Source bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v, int width)
+{
+    std::int32_t red[2][kBlock], blue[2][kBlock], sum[2][kBlock];
+    forEachBlock(width & ~1, [&](int x0, int n) {
+        lumaRow(top, x0, n, red[0], blue[0], sum[0], yTop + x0);
+        lumaRow(bottom, x0, n, red[1], blue[1], sum[1], yBottom + x0);
+        for (int k = 0; k < n / 2; ++k) {
+            const int e = 2 * k, o = e + 1;
+            const std::int32_t cellSum = sum[0][e] + sum[0][o] + sum[1][e] + sum[1][o];
+            u[x0 / 2 + k] = chromaU<2>(blue[0][e] + blue[0][o] + blue[1][e] + blue[1][o], cellSum);
+            v[x0 / 2 + k] = chromaV<2>(red[0][e] + red[0][o] + red[1][e] + red[1][o], cellSum);
+        }
+    });
+}
+
+// Inverse 4:2:2 from planes, pixel by pixel; a last single pixel takes chroma
+// entry width / 2, which the planes hold.
+template <typename Store>
+void inverse422Planes(YUVRow<const Kel8u> yuv, const Store out, int width)
+{
+    for (int x = 0; x < width; ++x) {
+        Kel8u r, g, b;
+        toRGB<inverse1>(yuv.y[x], yuv.u[x / 2], yuv.v[x / 2], r, g, b);
+        out.put(x, r, g, b);
+    }
+}
+
+// Inverse 4:2:2 in pixel order, in blocks: each pair's chroma terms, then its
+// two pixels from their lumas, two bytes apart.  A last single pixel, in a
+// pair cut short after two bytes, takes its missing chroma sample from the
+// pair before.
+template <PairLayout L>
+void inverse422Pairs(const Kel8u* src, Kel8u* dst, int width)
+{
+    static_assert(L.y1 == L.y0 + 2, "a pair's two lumas lie two bytes apart");
+    const PixelStore<3, kRGB> out{dst};
+    const int pairs = width / 2;
+    TermBlock terms;
+    forEachBlock(2 * pairs, [&](int x0, int n) {
+        const Kel8u* block = src + 2 * x0;  // two bytes a pixel
+        for (int i = 0; i < n; i += 2) terms.setPair(i, inverseTerms<inverse1>(block[2 * i + L.cb], block[2 * i + L.cr]));
+        storeBlock<kLumaWeight, 2>(block + L.y0, terms, n, out, x0);
+    });
+    if (width & 1) {
+        const Kel8u* last = src + 4 * pairs;
+        const Kel8u cb = L.cbMissing() ? last[L.missingFromBefore()] : last[L.cb];
+        const Kel8u cr = L.cbMissing() ? last[L.cr] : last[L.missingFromBefore()];
+        Kel8u r, g, b;
+        toRGB<inverse1>(last[L.y0], cb, cr, r, g, b);
+        out.put(2 * pairs, r, g, b);
+    }
+}
+
+// Inverse 4:2:0, a row pair, in blocks: the cells' chroma terms, then the top
+// and the bottom row's pixels from them; an odd last column is left alone.
+template <std::int32_t Half, typename Store>
+void inverse420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, const Store top,
+                const Store bottom, int width)
+{
+    TermBlock terms;
+    forEachBlock(width & ~1, [&](int x0, int n) {
+        for (int i = 0; i < n; i += 2)
+            terms.setPair(i, inverseTerms<inverse1, Half>(u[(x0 + i) / 2], v[(x0 + i) / 2]));
+        storeBlock<kLumaWeight, 1>(yTop + x0, terms, n, top, x0);
+        storeBlock<kLumaWeight, 1>(yBottom + x0, terms, n, bottom, x0);
+    });
+}
+
+// Four-byte destinations of the inverses write alpha 0.
+using AlphaZeroStore = PixelStore<4, kRGB, Alpha::written>;
+
+} // namespace
+
+void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    forward422(PixelSource<3, kRGB>{src}, PairStore<kYCbCrPair>{dst}, width);
+}
+void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVRow<Kel8u> dst, int width)
+{
+    forward422(PixelSource<3, kRGB>{src}, dst, width);
+}
+void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVRow<Kel8u> dst, int width)
+{
+    forward422(src, dst, width);
+}
+void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    inverse422Pairs<kYCbCrPair>(src, dst, width);
+}
+void innerYUV422ToRGB_8u_P3C3R(YUVRow<const Kel8u> src, Kel8u* dst, int width)
+{
+    inverse422Planes(src, PixelStore<3, kRGB>{dst}, width);
+}
+void innerYUV422ToRGB_8u_P3AC4R(YUVRow<const Kel8u> src, Kel8u* dst, int width)
+{
+    inverse422Planes(src, AlphaZeroStore{dst, 0}, width);
+}
+void innerYUV422ToRGB_8u_P3R(YUVRow<const Kel8u> src, PlaneStore dst, int width)
+{
+    inverse422Planes(src, dst, width);
+}
+
+// The width-1 path of pixel-order 4:2:2: the one pair is cut after Y and U,
+// and with no pair before it, byte 1 serves as both U and V.
+void unrealYUV(const Kel8u* src, Kel8u* dst)
+{
+    Kel8u r, g, b;
+    toRGB<inverse1>(src[0], src[1], src[1], r, g, b);
+    PixelStore<3, kRGB>{dst}.put(0, r, g, b);
+}
+
+void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width)
+{
+    forward420(PixelSource<3, kRGB>{top}, PixelSource<3, kRGB>{bottom}, yTop, yBottom, u, v, width);
+}
+void innerRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                             int width)
+{
+    forward420(top, bottom, yTop, yBottom, u, v, width);
+}
+void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width)
+{
+    inverse420<0>(yTop, yBottom, u, v, PixelStore<3, kRGB>{top}, PixelStore<3, kRGB>{bottom}, width);
+}
+// The one inverse that rounds: 32768 in each sum before the shift.
+void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                                Kel8u* bottom, int width)
+{
+    inverse420<32768>(yTop, yBottom, u, v, AlphaZeroStore{top, 0}, AlphaZeroStore{bottom, 0}, width);
+}
+void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                             PlaneStore top, PlaneStore bottom, int width)
+{
+    inverse420<0>(yTop, yBottom, u, v, top, bottom, width);
+}
+
+// Row loop and kernel in one: 4:2:0 to blue-first pixels.
+void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
+                             int height)
+{
+    const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    forEachRowPair(height, [&](int top, int bottom, int chroma) {
+        inverse420<0>(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
+                      PixelStore<3, kBGR>{rowAt(pDst, dstStep, top)}, PixelStore<3, kBGR>{rowAt(pDst, dstStep, bottom)},
+                      width);
+    });
+}
