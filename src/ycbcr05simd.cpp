@@ -1,0 +1,238 @@
+// Sub-sampled YCbCr to RGB and BGR on whole vectors: the 4:2:0 members, compiled
+// once for every SIMD target (foreach_target.h includes this file once a target).
+#include "ycbcr05simd.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "cbcrpx.h"
+#include "simd.h"
+
+#if KELCC_SIMD
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ycbcr05simd.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace kel {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- constants -----------------------------------------------------------------------------------
+
+// A coefficient k as high * 65536 + low, with low a signed 16-bit value, so
+// that low rides in a 16-bit multiply-add and high multiplies a sample whose
+// product only moves the upper half of the 32-bit sum:
+// 104595 = 2 * 65536 - 26477, -53281 = -65536 + 12255, 132186 = 2 * 65536 + 1114.
+constexpr std::int32_t highPart(std::int32_t k)
+{
+    return (k + 32768) >> 16;
+}
+constexpr std::int32_t lowPart(std::int32_t k)
+{
+    return k - highPart(k) * 65536;
+}
+
+// Two 16-bit weights in one 32-bit lane: the Cb weight in the lower half, as
+// the Cb sample is in its pair.
+constexpr std::int32_t weightPair(std::int32_t cbWeight, std::int32_t crWeight)
+{
+    return static_cast<std::int32_t>(static_cast<std::uint16_t>(cbWeight) |
+                                     static_cast<std::uint32_t>(static_cast<std::uint16_t>(crWeight)) << 16);
+}
+
+// One channel's chroma term over the stored (uncentred) Cb and Cr: the set's
+// centring on chromaZero folded into the offset, an exact integer identity.
+struct ChromaWeights {
+    std::int32_t cb, cr, offset;
+};
+template <const InverseYCbCr& K>
+constexpr ChromaWeights kRedWeights{0, K.crToR, K.offsetR - K.chromaZero * K.crToR};
+template <const InverseYCbCr& K>
+constexpr ChromaWeights kGreenWeights{-K.cbToG, -K.crToG, K.offsetG + K.chromaZero * (K.cbToG + K.crToG)};
+template <const InverseYCbCr& K>
+constexpr ChromaWeights kBlueWeights{K.cbToB, 0, K.offsetB - K.chromaZero * K.cbToB};
+
+// Byte indices that copy the lower (or upper) 16-bit half of each 32-bit lane
+// into both halves: a cell's term, one lane a cell, becomes two pixels' lanes.
+alignas(16) constexpr std::uint8_t kLowHalves[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
+alignas(16) constexpr std::uint8_t kHighHalves[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
+
+// ---- kernel --------------------------------------------------------------------------------------
+
+// The chroma term C of one channel for one 32-bit lane a cell, from the pairs
+// (Cb, Cr) in the lane's two 16-bit halves: offset + low weights by a 16-bit
+// multiply-add, then the high parts' sum moved up 16 bits.  Every product is
+// at most 32768 x 255, so the multiply-add neither saturates nor overflows,
+// and C equals cb * Cb + cr * Cr + offset exactly.
+template <const ChromaWeights& W, class D32, class V16>
+HWY_INLINE hn::Vec<D32> chromaTerm(D32 d32, V16 pairs)
+{
+    const hn::Repartition<std::int16_t, D32> d16;
+    const auto lowWeights = hn::BitCast(d16, hn::Set(d32, weightPair(lowPart(W.cb), lowPart(W.cr))));
+    const auto highWeights = hn::BitCast(d16, hn::Set(d32, weightPair(highPart(W.cb), highPart(W.cr))));
+    auto lowOther = hn::Zero(d32), highOther = hn::Zero(d32);
+    const auto lows = hn::ReorderWidenMulAccumulate(d32, pairs, lowWeights, hn::Set(d32, W.offset), lowOther);
+    const auto highs = hn::ReorderWidenMulAccumulate(d32, pairs, highWeights, hn::Zero(d32), highOther);
+    return hn::Add(hn::RearrangeToOddPlusEven(lows, lowOther),
+                   hn::ShiftLeft<16>(hn::RearrangeToOddPlusEven(highs, highOther)));
+}
+
+// The luma term L = luma * Y of a vector of pixels, as its upper half plus one
+// and its lower half: luma = 65536 + rest with rest below 65536, so
+// L = 65536 * (Y + mulhi(Y, rest)) + mullo(Y, rest), unsigned and exact.
+template <class DU16>
+struct LumaTerm {
+    hn::Vec<DU16> highPlusOne, low;
+};
+
+template <std::int32_t Luma, class DU16>
+HWY_INLINE LumaTerm<DU16> lumaTerm(DU16 du16, hn::Vec<DU16> y)
+{
+    static_assert(Luma >= 65536 && Luma < 2 * 65536, "the luma weight is 65536 plus a 16-bit rest");
+    const auto rest = hn::Set(du16, static_cast<std::uint16_t>(Luma - 65536));
+    return {hn::Add(hn::Add(y, hn::MulHigh(y, rest)), hn::Set(du16, 1)), hn::Mul(y, rest)};
+}
+
+// One channel of a vector of pixels: (L + C) >> 16, clamped to 0..255.  With
+// C = 65536 * Ch + Cl (the 32-bit lane's signed upper and unsigned lower
+// halves) and L = 65536 * Lh + Ll, the floor of (L + C) / 65536 is
+// Lh + Ch + the carry of Ll + Cl, exactly what the scalar kernel's arithmetic
+// shift gives; the carry shows where the wrapping sum differs from the
+// saturating one.  The result lies within -600..600, and the 16-to-8-bit
+// demote that follows saturates it as the scalar clamp does.
+template <class DU16, class VTerm, class VIndex>
+HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DU16>> channelSum(DU16 du16, const LumaTerm<DU16>& luma,
+                                                                   VTerm cellTerm, VIndex lowHalves,
+                                                                   VIndex highHalves)
+{
+    const hn::Repartition<std::int16_t, DU16> di16;
+    const hn::Repartition<std::uint8_t, DU16> du8;
+    const auto termBytes = hn::BitCast(du8, cellTerm);
+    const auto termLow = hn::BitCast(du16, hn::TableLookupBytes(termBytes, lowHalves));
+    const auto termHigh = hn::BitCast(di16, hn::TableLookupBytes(termBytes, highHalves));
+    const auto lowSum = hn::Add(luma.low, termLow);
+    // All ones (-1) where Ll + Cl stayed below 65536: the +1 of highPlusOne is taken back.
+    const auto noCarry = hn::VecFromMask(du16, hn::Eq(lowSum, hn::SaturatedAdd(luma.low, termLow)));
+    return hn::Add(hn::Add(hn::BitCast(di16, luma.highPlusOne), termHigh), hn::BitCast(di16, noCarry));
+}
+
+// Rows in pairs, a vector of luma bytes a step in each row: the step's cells
+// (one Cb and Cr each, a 32-bit lane a cell) give three chroma terms per cell,
+// shared by the cell's four pixels; each row then adds its own luma terms,
+// and the three channels are stored interleaved in the member's order.  The
+// cells after the last whole step go to the scalar kernel Tail, compiled for
+// the baseline, which gives the same bytes by the same formula:
+//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16).
+template <const InverseYCbCr& K, ChannelOrder O, RowPair420 Tail>
+HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
+                            const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr, Kel8u* top, Kel8u* bottom,
+                            int width)
+{
+    static_assert((O.r == 0 && O.b == 2) || (O.r == 2 && O.b == 0), "RGB or BGR");
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
+    const hn::Rebind<std::uint8_t, decltype(di32)> du8Quarter;
+    const int step = static_cast<int>(hn::Lanes(du8));       // pixels of a row a step
+    const int half = static_cast<int>(hn::Lanes(du16));      // pixels of one 16-bit vector
+    const int quarter = static_cast<int>(hn::Lanes(di32));   // cells of one 32-bit vector
+    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
+
+    // (Cb, Cr) of `quarter` cells from chroma column c on, a pair a 32-bit lane.
+    const auto cellPairs = [&](int c) {
+        const auto cbLanes = hn::PromoteTo(di32, hn::LoadU(du8Quarter, cb + c));
+        const auto crLanes = hn::PromoteTo(di32, hn::LoadU(du8Quarter, cr + c));
+        return hn::BitCast(di16, hn::Or(cbLanes, hn::ShiftLeft<16>(crLanes)));
+    };
+
+    const int evenWidth = width & ~1;
+    int x = 0;
+    for (; x + step <= evenWidth; x += step) {
+        const auto pairsFirst = cellPairs(x / 2), pairsSecond = cellPairs(x / 2 + quarter);
+        const auto redFirst = chromaTerm<kRedWeights<K>>(di32, pairsFirst);
+        const auto redSecond = chromaTerm<kRedWeights<K>>(di32, pairsSecond);
+        const auto greenFirst = chromaTerm<kGreenWeights<K>>(di32, pairsFirst);
+        const auto greenSecond = chromaTerm<kGreenWeights<K>>(di32, pairsSecond);
+        const auto blueFirst = chromaTerm<kBlueWeights<K>>(di32, pairsFirst);
+        const auto blueSecond = chromaTerm<kBlueWeights<K>>(di32, pairsSecond);
+
+        for (int row = 0; row < 2; ++row) {
+            const Kel8u* luma = (row == 0 ? yTop : yBottom) + x;
+            Kel8u* dst = (row == 0 ? top : bottom) + 3 * x;
+            const auto first = lumaTerm<K.luma>(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, luma)));
+            const auto second = lumaTerm<K.luma>(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, luma + half)));
+            const auto channel = [&](auto termFirst, auto termSecond) {
+                const auto low = hn::DemoteTo(du8Half, channelSum(du16, first, termFirst, lowHalves, highHalves));
+                const auto high = hn::DemoteTo(du8Half, channelSum(du16, second, termSecond, lowHalves, highHalves));
+                return hn::Combine(du8, high, low);
+            };
+            const auto red = channel(redFirst, redSecond);
+            const auto green = channel(greenFirst, greenSecond);
+            const auto blue = channel(blueFirst, blueSecond);
+            if constexpr (O.r == 0) hn::StoreInterleaved3(red, green, blue, du8, dst);
+            else hn::StoreInterleaved3(blue, green, red, du8, dst);
+        }
+    }
+    if (x < evenWidth) Tail(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+}
+
+void rowPairYCbCr420ToRGB(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    rowPairs420<inverseT, kRGB, innerYCbCr420ToRGB_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
+}
+
+void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    rowPairs420<inverseU, kBGR, innerYCbCr420ToBGR_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace kel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kel {
+
+HWY_EXPORT(rowPairYCbCr420ToRGB);
+HWY_EXPORT(rowPairYCbCr420ToBGR);
+
+RowPair420 chooseYCbCr420ToRGB()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairYCbCr420ToRGB);
+}
+
+RowPair420 chooseYCbCr420ToBGR()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairYCbCr420ToBGR);
+}
+
+} // namespace kel
+#endif // HWY_ONCE
+
+#else // a build without SIMD: the scalar kernels alone
+
+namespace kel {
+
+RowPair420 chooseYCbCr420ToRGB()
+{
+    return innerYCbCr420ToRGB_8u_P3C3R;
+}
+
+RowPair420 chooseYCbCr420ToBGR()
+{
+    return innerYCbCr420ToBGR_8u_P3C3R;
+}
+
+} // namespace kel
+
+#endif // KELCC_SIMD
