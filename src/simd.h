@@ -16,11 +16,12 @@ std::int64_t simdTargetsBuilt();
 
 #if KELCC_SIMD
 // A dispatch table's first entry detects the processor on every call until
-// some dispatch has run.  Detecting first means the entry a row layer takes
-// once per call is already the target's own kernel.
+// a target has been chosen.  Choosing first, as that entry does, means the
+// entry a row layer takes once per call is already the target's own kernel.
 inline void detectSimdTargets()
 {
-    if (!hwy::GetChosenTarget().IsInitialized()) hwy::SupportedTargets();
+    hwy::ChosenTarget& chosen = hwy::GetChosenTarget();
+    if (!chosen.IsInitialized()) chosen.Update(hwy::SupportedTargets());
 }
 #endif
 
