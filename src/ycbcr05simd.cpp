@@ -60,6 +60,72 @@ constexpr ChromaWeights kBlueWeights{K.cbToB, 0, K.offsetB - K.chromaZero * K.cb
 alignas(16) constexpr std::uint8_t kLowHalves[16] = {0, 1, 0, 1, 4, 5, 4, 5, 8, 9, 8, 9, 12, 13, 12, 13};
 alignas(16) constexpr std::uint8_t kHighHalves[16] = {2, 3, 2, 3, 6, 7, 6, 7, 10, 11, 10, 11, 14, 15, 14, 15};
 
+#if HWY_TARGET == HWY_AVX3_DL
+// RGB24 by VBMI byte permutes, three output vectors of 64 bytes: byte j of
+// output k is channel (64k + j) % 3 of pixel (64k + j) / 3.  `pick` takes
+// channels 0 and 1 from the first two vectors, `merge` keeps them and adds
+// channel 2 from the third.
+struct InterleaveTables {
+    alignas(64) std::uint8_t pick[3][64];
+    alignas(64) std::uint8_t merge[3][64];
+};
+constexpr InterleaveTables makeInterleaveTables()
+{
+    InterleaveTables t{};
+    for (int k = 0; k < 3; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            const int at = 64 * k + j, pixel = at / 3, channel = at % 3;
+            t.pick[k][j] = static_cast<std::uint8_t>(channel == 1 ? 64 + pixel : pixel);
+            t.merge[k][j] = static_cast<std::uint8_t>(channel == 2 ? 64 + pixel : j);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr InterleaveTables kInterleave = makeInterleaveTables();
+#endif
+
+// Three channel vectors stored as RGB24 (or BGR24: the caller's order).
+// Highway 1.0.3's StoreInterleaved3 shuffles 16-byte blocks; AVX3_DL permutes
+// whole vectors instead.
+template <class DU8>
+HWY_INLINE void storeInterleaved3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn::Vec<DU8> v2, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    for (int k = 0; k < 3; ++k) {
+        const __m512i pick = _mm512_load_si512(kInterleave.pick[k]);
+        const __m512i merge = _mm512_load_si512(kInterleave.merge[k]);
+        const __m512i firstTwo = _mm512_permutex2var_epi8(v0.raw, pick, v1.raw);
+        _mm512_storeu_si512(dst + 64 * k, _mm512_permutex2var_epi8(firstTwo, merge, v2.raw));
+    }
+#else
+    hn::StoreInterleaved3(v0, v1, v2, du8, dst);
+#endif
+}
+
+// Two vectors of 16-bit results to one of bytes, saturated to 0..255.  The
+// pixels were spread over the two by zipping within 16-byte blocks, and the
+// x86 pack, also within blocks, puts them back in order; Highway 1.0.3 has
+// no such pack.  On one-block targets zip and demote keep the order anyway.
+template <class DU8, class VI16>
+HWY_INLINE hn::Vec<DU8> packBytes(DU8 du8, VI16 first, VI16 second)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    return hn::Vec<DU8>{_mm512_packus_epi16(first.raw, second.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    (void)du8;
+    return hn::Vec<DU8>{_mm256_packus_epi16(first.raw, second.raw)};
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    (void)du8;
+    return hn::Vec<DU8>{_mm_packus_epi16(first.raw, second.raw)};
+#else
+    static_assert(hn::MaxLanes(du8) <= 16, "one block");
+    const hn::Half<DU8> half;
+    return hn::Combine(du8, hn::DemoteTo(half, second), hn::DemoteTo(half, first));
+#endif
+}
+
 // ---- kernel --------------------------------------------------------------------------------------
 
 // The chroma term C of one channel for one 32-bit lane a cell, from the pairs
@@ -122,7 +188,10 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DU16>> channelSum(DU16 du16, co
 // Rows in pairs, a vector of luma bytes a step in each row: the step's cells
 // (one Cb and Cr each, a 32-bit lane a cell) give three chroma terms per cell,
 // shared by the cell's four pixels; each row then adds its own luma terms,
-// and the three channels are stored interleaved in the member's order.  The
+// and the three channels are stored interleaved in the member's order.  Luma
+// is widened by zipping within 16-byte blocks, chroma likewise, so a pixel's
+// 16-bit lane and its cell's 32-bit lane stay side by side; the pack undoes
+// the zip.  The
 // cells after the last whole step go to the scalar kernel Tail, compiled for
 // the baseline, which gives the same bytes by the same formula:
 //   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16).
@@ -135,26 +204,23 @@ HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RES
     const hn::ScalableTag<std::uint8_t> du8;
     const hn::Repartition<std::uint16_t, decltype(du8)> du16;
     const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
     const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
-    const hn::Rebind<std::uint8_t, decltype(di32)> du8Quarter;
-    const int step = static_cast<int>(hn::Lanes(du8));       // pixels of a row a step
-    const int half = static_cast<int>(hn::Lanes(du16));      // pixels of one 16-bit vector
-    const int quarter = static_cast<int>(hn::Lanes(di32));   // cells of one 32-bit vector
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
     const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
     const auto highHalves = hn::LoadDup128(du8, kHighHalves);
-
-    // (Cb, Cr) of `quarter` cells from chroma column c on, a pair a 32-bit lane.
-    const auto cellPairs = [&](int c) {
-        const auto cbLanes = hn::PromoteTo(di32, hn::LoadU(du8Quarter, cb + c));
-        const auto crLanes = hn::PromoteTo(di32, hn::LoadU(du8Quarter, cr + c));
-        return hn::BitCast(di16, hn::Or(cbLanes, hn::ShiftLeft<16>(crLanes)));
-    };
+    const auto zero = hn::Zero(du8);
 
     const int evenWidth = width & ~1;
     int x = 0;
     for (; x + step <= evenWidth; x += step) {
-        const auto pairsFirst = cellPairs(x / 2), pairsSecond = cellPairs(x / 2 + quarter);
+        // The step's cells in 16-bit lanes, then (Cb, Cr) pairs zipped within
+        // blocks: `first` holds the cells of the pixels zipped into `first` below.
+        const auto cb16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cb + x / 2));
+        const auto cr16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cr + x / 2));
+        const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
+        const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
         const auto redFirst = chromaTerm<kRedWeights<K>>(di32, pairsFirst);
         const auto redSecond = chromaTerm<kRedWeights<K>>(di32, pairsSecond);
         const auto greenFirst = chromaTerm<kGreenWeights<K>>(di32, pairsFirst);
@@ -165,18 +231,18 @@ HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RES
         for (int row = 0; row < 2; ++row) {
             const Kel8u* luma = (row == 0 ? yTop : yBottom) + x;
             Kel8u* dst = (row == 0 ? top : bottom) + 3 * x;
-            const auto first = lumaTerm<K.luma>(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, luma)));
-            const auto second = lumaTerm<K.luma>(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, luma + half)));
+            const auto lumaBytes = hn::LoadU(du8, luma);
+            const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
+            const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
             const auto channel = [&](auto termFirst, auto termSecond) {
-                const auto low = hn::DemoteTo(du8Half, channelSum(du16, first, termFirst, lowHalves, highHalves));
-                const auto high = hn::DemoteTo(du8Half, channelSum(du16, second, termSecond, lowHalves, highHalves));
-                return hn::Combine(du8, high, low);
+                return packBytes(du8, channelSum(du16, first, termFirst, lowHalves, highHalves),
+                                 channelSum(du16, second, termSecond, lowHalves, highHalves));
             };
             const auto red = channel(redFirst, redSecond);
             const auto green = channel(greenFirst, greenSecond);
             const auto blue = channel(blueFirst, blueSecond);
-            if constexpr (O.r == 0) hn::StoreInterleaved3(red, green, blue, du8, dst);
-            else hn::StoreInterleaved3(blue, green, red, du8, dst);
+            if constexpr (O.r == 0) storeInterleaved3(du8, red, green, blue, dst);
+            else storeInterleaved3(du8, blue, green, red, dst);
         }
     }
     if (x < evenWidth) Tail(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
