@@ -146,43 +146,55 @@ HWY_INLINE hn::Vec<D32> chromaTerm(D32 d32, V16 pairs)
                    hn::ShiftLeft<16>(hn::RearrangeToOddPlusEven(highs, highOther)));
 }
 
-// The luma term L = luma * Y of a vector of pixels, as its upper half plus one
-// and its lower half: luma = 65536 + rest with rest below 65536, so
-// L = 65536 * (Y + mulhi(Y, rest)) + mullo(Y, rest), unsigned and exact.
-template <class DU16>
+// The luma term L = luma * Y of a vector of pixels as L = 65536 * high + low:
+// luma = 65536 + rest with rest below 65536, so high = Y + mulhi(Y, rest)
+// and low = mullo(Y, rest), unsigned and exact.  `lowFlipped` is low with its
+// top bit flipped, for a signed comparison that orders it as unsigned.
+template <class DI16>
 struct LumaTerm {
-    hn::Vec<DU16> highPlusOne, low;
+    hn::Vec<DI16> high, lowFlipped;
 };
 
 template <std::int32_t Luma, class DU16>
-HWY_INLINE LumaTerm<DU16> lumaTerm(DU16 du16, hn::Vec<DU16> y)
+HWY_INLINE LumaTerm<hn::RebindToSigned<DU16>> lumaTerm(DU16 du16, hn::Vec<DU16> y)
 {
     static_assert(Luma >= 65536 && Luma < 2 * 65536, "the luma weight is 65536 plus a 16-bit rest");
+    const hn::RebindToSigned<DU16> di16;
     const auto rest = hn::Set(du16, static_cast<std::uint16_t>(Luma - 65536));
-    return {hn::Add(hn::Add(y, hn::MulHigh(y, rest)), hn::Set(du16, 1)), hn::Mul(y, rest)};
+    return {hn::BitCast(di16, hn::Add(y, hn::MulHigh(y, rest))),
+            hn::BitCast(di16, hn::Xor(hn::Mul(y, rest), hn::Set(du16, 0x8000)))};
 }
 
-// One channel of a vector of pixels: (L + C) >> 16, clamped to 0..255.  With
-// C = 65536 * Ch + Cl (the 32-bit lane's signed upper and unsigned lower
-// halves) and L = 65536 * Lh + Ll, the floor of (L + C) / 65536 is
-// Lh + Ch + the carry of Ll + Cl, exactly what the scalar kernel's arithmetic
-// shift gives; the carry shows where the wrapping sum differs from the
-// saturating one.  The result lies within -600..600, and the 16-to-8-bit
-// demote that follows saturates it as the scalar clamp does.
-template <class DU16, class VTerm, class VIndex>
-HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DU16>> channelSum(DU16 du16, const LumaTerm<DU16>& luma,
-                                                                   VTerm cellTerm, VIndex lowHalves,
-                                                                   VIndex highHalves)
+// A chroma term C = 65536 * high + low (the 32-bit lane's signed upper half
+// and unsigned lower half), spread from one lane a cell to the cell's two
+// pixels' 16-bit lanes.  The low part is kept as the bound 65535 - low with
+// its top bit flipped: a pixel's low luma part carries into the upper half
+// exactly when it is above 65535 - low.
+template <class DI16>
+struct CellTerm {
+    hn::Vec<DI16> high, carryBound;
+};
+
+template <class DI16, class VTerm, class VIndex>
+HWY_INLINE CellTerm<DI16> cellTerm(DI16 di16, VTerm term, VIndex lowHalves, VIndex highHalves)
 {
-    const hn::Repartition<std::int16_t, DU16> di16;
-    const hn::Repartition<std::uint8_t, DU16> du8;
-    const auto termBytes = hn::BitCast(du8, cellTerm);
-    const auto termLow = hn::BitCast(du16, hn::TableLookupBytes(termBytes, lowHalves));
-    const auto termHigh = hn::BitCast(di16, hn::TableLookupBytes(termBytes, highHalves));
-    const auto lowSum = hn::Add(luma.low, termLow);
-    // All ones (-1) where Ll + Cl stayed below 65536: the +1 of highPlusOne is taken back.
-    const auto noCarry = hn::VecFromMask(du16, hn::Eq(lowSum, hn::SaturatedAdd(luma.low, termLow)));
-    return hn::Add(hn::Add(hn::BitCast(di16, luma.highPlusOne), termHigh), hn::BitCast(di16, noCarry));
+    const hn::Repartition<std::uint8_t, DI16> du8;
+    const auto bytes = hn::BitCast(du8, term);
+    const auto low = hn::BitCast(di16, hn::TableLookupBytes(bytes, lowHalves));
+    // (65535 - low) ^ 0x8000 = low ^ 0x7FFF.
+    return {hn::BitCast(di16, hn::TableLookupBytes(bytes, highHalves)), hn::Xor(low, hn::Set(di16, 0x7FFF))};
+}
+
+// One channel of a vector of pixels: (L + C) >> 16, as 16-bit values.  The
+// floor of (L + C) / 65536 is L.high + C.high + the carry of L.low + C.low,
+// exactly what the scalar kernel's arithmetic shift gives; a comparison
+// yields the carry as -1.  The result lies within -600..600, and the pack
+// that follows saturates it to 0..255 as the scalar clamp does.
+template <class DI16>
+HWY_INLINE hn::Vec<DI16> channelSum(DI16 di16, const LumaTerm<DI16>& luma, const CellTerm<DI16>& cell)
+{
+    const auto carry = hn::VecFromMask(di16, hn::Gt(luma.lowFlipped, cell.carryBound));
+    return hn::Sub(hn::Add(luma.high, cell.high), carry);
 }
 
 // Rows in pairs, a vector of luma bytes a step in each row: the step's cells
@@ -221,12 +233,13 @@ HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RES
         const auto cr16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cr + x / 2));
         const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
         const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
-        const auto redFirst = chromaTerm<kRedWeights<K>>(di32, pairsFirst);
-        const auto redSecond = chromaTerm<kRedWeights<K>>(di32, pairsSecond);
-        const auto greenFirst = chromaTerm<kGreenWeights<K>>(di32, pairsFirst);
-        const auto greenSecond = chromaTerm<kGreenWeights<K>>(di32, pairsSecond);
-        const auto blueFirst = chromaTerm<kBlueWeights<K>>(di32, pairsFirst);
-        const auto blueSecond = chromaTerm<kBlueWeights<K>>(di32, pairsSecond);
+        const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
+        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
+        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
+        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
+        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
+        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
+        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
 
         for (int row = 0; row < 2; ++row) {
             const Kel8u* luma = (row == 0 ? yTop : yBottom) + x;
@@ -234,9 +247,8 @@ HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RES
             const auto lumaBytes = hn::LoadU(du8, luma);
             const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
             const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
-            const auto channel = [&](auto termFirst, auto termSecond) {
-                return packBytes(du8, channelSum(du16, first, termFirst, lowHalves, highHalves),
-                                 channelSum(du16, second, termSecond, lowHalves, highHalves));
+            const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
+                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
             };
             const auto red = channel(redFirst, redSecond);
             const auto green = channel(greenFirst, greenSecond);
