@@ -203,10 +203,11 @@ HWY_INLINE hn::Vec<DI16> channelSum(DI16 di16, const LumaTerm<DI16>& luma, const
 // and the three channels are stored interleaved in the member's order.  Luma
 // is widened by zipping within 16-byte blocks, chroma likewise, so a pixel's
 // 16-bit lane and its cell's 32-bit lane stay side by side; the pack undoes
-// the zip.  The
-// cells after the last whole step go to the scalar kernel Tail, compiled for
-// the baseline, which gives the same bytes by the same formula:
-//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16).
+// the zip.  Every pixel gets the scalar kernel's bytes by the same formula,
+//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16),
+// with the same floor and the same clamp (see chromaTerm and channelSum).
+// The cells after the last whole step go to the scalar kernel Tail itself,
+// compiled for the baseline.
 template <const InverseYCbCr& K, ChannelOrder O, RowPair420 Tail>
 HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
                             const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr, Kel8u* top, Kel8u* bottom,
