@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Installs what a job of this project needs when any of it is missing
 # (Debian/Ubuntu, as root or through sudo). Safe to run again.
-#   scripts/ensure-deps.sh build   compiler, CMake, Ninja (OpenMP comes with GCC)
+#   scripts/ensure-deps.sh build   compiler, CMake, Ninja (OpenMP comes with GCC),
+#                                  pkg-config and Highway (the SIMD kernels; a
+#                                  -DKELCC_SIMD_TARGETS=scalar build needs neither)
 #   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
-#   scripts/ensure-deps.sh bench   the above for build, Google Benchmark
+#   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv (the peer)
 set -euo pipefail
 job=${1:-build}
 missing=()
@@ -11,15 +13,17 @@ command -v cmake >/dev/null 2>&1 || missing+=(cmake)
 command -v ninja >/dev/null 2>&1 || missing+=(ninja-build)
 command -v g++ >/dev/null 2>&1 || missing+=(g++)
 command -v gcc >/dev/null 2>&1 || missing+=(gcc)
+command -v pkg-config >/dev/null 2>&1 || missing+=(pkg-config)
+[ -f /usr/include/hwy/highway.h ] || missing+=(libhwy-dev)
 case $job in
   build) ;;
   test)
-    command -v pkg-config >/dev/null 2>&1 || missing+=(pkg-config)
     command -v nm >/dev/null 2>&1 || missing+=(binutils)
     [ -f /usr/include/gtest/gtest.h ] || missing+=(libgtest-dev)
     ;;
   bench)
     [ -f /usr/include/benchmark/benchmark.h ] || missing+=(libbenchmark-dev)
+    [ -f /usr/include/libyuv.h ] || missing+=(libyuv-dev)
     ;;
   *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
 esac

@@ -5,6 +5,7 @@
 #include "callframe.h"
 #include "cbcrpx.h"
 #include "rowstore.h"
+#include "ycbcr05simd.h"
 
 using namespace kel;
 
@@ -302,14 +303,17 @@ void myYCbCr422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3],
     });
 }
 
-// 4:2:0: luma rows 2j and 2j + 1 with chroma row j; an odd last row is left alone.
+// 4:2:0: luma rows 2j and 2j + 1 with chroma row j; an odd last row is left
+// alone.  The row-pair kernel is chosen once per call: the fastest this
+// processor runs (ycbcr05simd.cpp), which gives the scalar kernel's bytes.
 void myYCbCr420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                               int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const RowPair420 rowPair = chooseYCbCr420ToRGB();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYCbCr420ToRGB_8u_P3C3R(src.row(0, top), src.row(0, bottom), src.row(1, chroma), src.row(2, chroma),
-                                    rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(src.row(0, top), src.row(0, bottom), src.row(1, chroma), src.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 
@@ -317,9 +321,10 @@ void myYCbCr420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3],
                               int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const RowPair420 rowPair = chooseYCbCr420ToBGR();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYCbCr420ToBGR_8u_P3C3R(src.row(0, top), src.row(0, bottom), src.row(1, chroma), src.row(2, chroma),
-                                    rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(src.row(0, top), src.row(0, bottom), src.row(1, chroma), src.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 
