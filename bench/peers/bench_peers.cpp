@@ -8,19 +8,24 @@
 #include <cstdio>
 #include <ctime>
 #include <functional>
-#include <random>
 #include <string>
 #include <vector>
 
-#include "kelcc.h"
+#include "peers.h"
 
-#if KELCC_HAVE_LIBYUV
-#include <libyuv.h>
-#endif
+namespace peers {
+
+std::vector<void (*)(std::vector<Job>&)>& jobLists()
+{
+    static std::vector<void (*)(std::vector<Job>&)> lists;
+    return lists;
+}
+
+} // namespace peers
 
 namespace {
 
-constexpr int kWidth = 1920, kHeight = 1080;
+using namespace peers;
 constexpr int kRounds = 9;              // per side; the medians need 7 or more
 constexpr double kRoundSeconds = 0.04;  // thread CPU time of one round
 
@@ -45,24 +50,6 @@ double median(std::vector<double> v)
     const std::size_t n = v.size();
     return n % 2 ? v[n / 2] : 0.5 * (v[n / 2 - 1] + v[n / 2]);
 }
-
-// The planes of one random 4:2:0 image and a three-channel destination.
-struct Frame420 {
-    Frame420() : luma(kWidth * kHeight), cb(kWidth / 2 * (kHeight / 2)), cr(cb.size()), rgb(3 * luma.size())
-    {
-        std::mt19937 gen(42);
-        for (auto* plane : {&luma, &cb, &cr})
-            for (auto& b : *plane) b = static_cast<Kel8u>(gen());
-    }
-    std::vector<Kel8u> luma, cb, cr, rgb;
-    const Kel8u* planes[3] = {luma.data(), cb.data(), cr.data()};
-    const int steps[3] = {kWidth, kWidth / 2, kWidth / 2};
-};
-
-struct Job {
-    std::string ours, peer;
-    std::function<void()> runOurs, runPeer;  // runPeer empty: no peer in this build
-};
 
 void report(const Job& job)
 {
@@ -91,29 +78,14 @@ void report(const Job& job)
 
 } // namespace
 
-int main()
+// kelcc_peers [TEXT]: the jobs whose name holds TEXT, or all.
+int main(int argc, char** argv)
 {
+    const std::string only = argc > 1 ? argv[1] : "";
     std::printf("%d x %d, one thread, random pixels, median of %d alternating rounds\n", kWidth, kHeight, kRounds);
-    Frame420 ours, peer;
-    const KelImageSize size{kWidth, kHeight};
     std::vector<Job> jobs;
-    // libyuv's RAW is R, G, B in memory, as our RGB; its RGB24 is B, G, R, as our BGR.
-    jobs.push_back({"keliYCbCr420ToRGB_8u_P3C3R", "libyuv I420ToRAW",
-                    [&] { keliYCbCr420ToRGB_8u_P3C3R(ours.planes, ours.steps, ours.rgb.data(), 3 * kWidth, size); },
-                    {}});
-    jobs.push_back({"keliYCbCr420ToBGR_8u_P3C3R", "libyuv I420ToRGB24",
-                    [&] { keliYCbCr420ToBGR_8u_P3C3R(ours.planes, ours.steps, ours.rgb.data(), 3 * kWidth, size); },
-                    {}});
-#if KELCC_HAVE_LIBYUV
-    jobs[0].runPeer = [&] {
-        libyuv::I420ToRAW(peer.luma.data(), kWidth, peer.cb.data(), kWidth / 2, peer.cr.data(), kWidth / 2,
-                          peer.rgb.data(), 3 * kWidth, kWidth, kHeight);
-    };
-    jobs[1].runPeer = [&] {
-        libyuv::I420ToRGB24(peer.luma.data(), kWidth, peer.cb.data(), kWidth / 2, peer.cr.data(), kWidth / 2,
-                            peer.rgb.data(), 3 * kWidth, kWidth, kHeight);
-    };
-#endif
-    for (const Job& job : jobs) report(job);
+    for (auto* list : jobLists()) list(jobs);
+    for (const Job& job : jobs)
+        if (job.ours.find(only) != std::string::npos) report(job);
     return 0;
 }
