@@ -195,34 +195,8 @@ TEST_P(Forward, ArgumentTestsInTheFamilysOrder)
 {
     const ForwardMember& m = GetParam();
     Image src = source(m.src, 8, 4), dst = ycc(m.form, 8, 4, m.xCell, m.yCell);
-    dst.fillWith(1);
-    const auto before = dst.rows();
-    const KelImageSize small{m.minWidth - 1, m.minHeight};
-    // A null pixel-order pointer beats everything.
-    Image& pixelSide = src.count() == 1 ? src : dst;
-    Kel8u* saved = pixelSide.pointers[0];
-    pixelSide.pointers[0] = nullptr;
-    EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {0, 0}));
-    pixelSide.pointers[0] = saved;
-    EXPECT_EQ(kelErrSize, m.call(src, dst, small));
-    EXPECT_EQ(kelErrSize, m.call(src, dst, {8, m.minHeight - 1}));
-    if (dst.count() == 3 || src.count() == 3) {
-        Image& withPlanes = dst.count() == 3 ? dst : src;
-        saved = withPlanes.pointers[2];
-        withPlanes.pointers[2] = nullptr;
-        EXPECT_EQ(m.planesBeforeSize ? kelErrNullPointer : kelErrSize, m.call(src, dst, small));
-        EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {8, 4}));
-        withPlanes.pointers[2] = saved;
-    }
-    for (int* step : {&src.steps[0], &dst.steps[0]}) {
-        const int good = *step;
-        *step = 0;
-        EXPECT_EQ(m.stepTest ? kelErrStep : kelOk, m.call(src, dst, {8, 4})) << "a zero stride";
-        EXPECT_EQ(kelErrSize, m.call(src, dst, {0, 4}));  // the size comes before the stride
-        *step = good;
-        if (!m.stepTest) dst.fillWith(1);
-    }
-    EXPECT_EQ(before, dst.rows());
+    expectArgumentOrder(m.call, src, dst, {8, 4}, {m.minWidth, m.minHeight}, m.planesBeforeSize,
+                        m.stepTest ? Strides::AfterSize : Strides::Unseen);
 }
 
 const auto memberName = [](const auto& info) { return std::string(info.param.name); };
@@ -422,25 +396,7 @@ TEST_P(Inverse, ArgumentTestsInTheFamilysOrder)
 {
     const InverseMember& m = GetParam();
     Image src = input(m, 8, 4), dst = output(m.dst, 8, 4);
-    dst.fillWith(2);
-    const auto before = dst.rows();
-    // A null pixel-order pointer beats everything.
-    Image& pixelSide = dst.count() == 1 ? dst : src;
-    Kel8u* saved = pixelSide.pointers[0];
-    pixelSide.pointers[0] = nullptr;
-    EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {0, 0}));
-    pixelSide.pointers[0] = saved;
-    EXPECT_EQ(kelErrSize, m.call(src, dst, {m.minWidth - 1, 4}));
-    EXPECT_EQ(kelErrSize, m.call(src, dst, {8, 0}));
-    for (Image* side : {&src, &dst}) {
-        if (side->count() != 3) continue;
-        saved = side->pointers[1];
-        side->pointers[1] = nullptr;
-        EXPECT_EQ(m.planesBeforeSize ? kelErrNullPointer : kelErrSize, m.call(src, dst, {0, 4}));
-        EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {8, 4}));
-        side->pointers[1] = saved;
-    }
-    EXPECT_EQ(before, dst.rows());
+    expectArgumentOrder(m.call, src, dst, {8, 4}, {m.minWidth, 1}, m.planesBeforeSize);
 }
 
 INSTANTIATE_TEST_SUITE_P(SubSampled, Inverse, ::testing::ValuesIn(kInverse), memberName);
