@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
 #include <bit>
 #include <cstring>
 #include <type_traits>
@@ -231,17 +230,11 @@ protected:
     }
 };
 
-// Erased calls through images, with their strides.
-KelResult byImage(ErasedCall call, Image& src, Image& dst, KelImageSize size)
-{
-    return call(src.arg(), src.step(), dst.arg(), dst.step(), size);
-}
-
 TEST_P(PixelFamily, ArgumentTestsNullThenSizeAndStridesUnseen)
 {
     const PixelMember& m = GetParam();
     Image src = pixels(2, 2, m.pitch, false, m.sampleBytes), dst = pixels(2, 2, m.pitch, false, m.sampleBytes);
-    expectArgumentOrder(std::bind_front(byImage, m.call), src, dst, {2, 2}, {1, 1}, false);
+    expectArgumentOrder(byImage(m.call), src, dst, {2, 2}, {1, 1}, false);
 }
 
 // Sizes at, below and above the 64 x 64 threshold, with teams of any size,
@@ -313,7 +306,7 @@ protected:
 TEST_P(PlaneFamily, NullsThenPlanesThenStridesThenSize)
 {
     Image s = src(3, 2), d = dst(3, 2);
-    expectArgumentOrder(std::bind_front(byImage, GetParam().call), s, d, {3, 2}, {1, 1}, true, Strides::BeforeSize);
+    expectArgumentOrder(byImage(GetParam().call), s, d, {3, 2}, {1, 1}, true, Strides::BeforeSize);
 }
 
 // Every layout converts as the three-plane member does, with any team size,
@@ -352,7 +345,7 @@ INSTANTIATE_TEST_SUITE_P(Hue, PlaneFamily, ::testing::ValuesIn(kPlaneMembers), m
 TEST(BGRToHLSAC4, SizeComesBeforeStridesAndTheFourthByteStays)
 {
     Image src = pixels(2, 1, 4), dst = pixels(2, 1, 4);
-    expectArgumentOrder(std::bind_front(byImage, erase<const Kel8u*, Kel8u*, keliBGRToHLS_8u_AC4R>), src, dst, {2, 1},
+    expectArgumentOrder(byImage(erase<const Kel8u*, Kel8u*, keliBGRToHLS_8u_AC4R>), src, dst, {2, 1},
                         {1, 1}, false, Strides::AfterSize);
     EXPECT_EQ(0x3C, dst.at(0, 0, 3));
     EXPECT_EQ(0x3C, dst.at(1, 0, 3));

@@ -67,6 +67,14 @@ inline Image ycc(Ycc form, int width, int height, int xCell, int yCell, bool rou
     return image;
 }
 
+// Channels 0..2 of every pixel of a width x height image set to `colour`.
+inline void paint(Image& image, int width, int height, const int* colour)
+{
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < 3; ++c) image.at(x, y, c) = static_cast<Kel8u>(colour[c]);
+}
+
 // A member taking (src, srcStep, dst, dstStep, roiSize), its pointers erased:
 // each is a pixel pointer or the address of a plane array.
 using ErasedCall = KelResult (*)(const void* src, int srcStep, void* dst, int dstStep, KelImageSize size);
@@ -75,6 +83,12 @@ template <typename Src, typename Dst, KelResult (*F)(Src, int, Dst, int, KelImag
 KelResult erase(const void* src, int srcStep, void* dst, int dstStep, KelImageSize size)
 {
     return F(static_cast<Src>(src), srcStep, static_cast<Dst>(dst), dstStep, size);
+}
+
+// An erased member called on images, with their strides.
+inline auto byImage(ErasedCall call)
+{
+    return [call](Image& s, Image& d, KelImageSize z) { return call(s.arg(), s.step(), d.arg(), d.step(), z); };
 }
 
 // One three-channel pixel through a pixel-order conversion, so that concrete
@@ -90,8 +104,8 @@ std::array<D, 3> convertPixel(KelResult (*convert)(const S*, int, D*, int, KelIm
 // After a call from `src` into `dst`: its status, dst byte for byte as
 // `expected` (filled alike, then given what the call writes), src unchanged,
 // and every guard and padding byte of both intact.
-template <typename Call>
-void expectWrites(KelResult status, Call call, Image& src, Image& dst, const Image& expected, KelImageSize size)
+template <typename Call, typename Img>
+void expectWrites(KelResult status, Call call, Img& src, Img& dst, const Image& expected, KelImageSize size)
 {
     const auto srcBefore = src.rows();
     EXPECT_EQ(status, call(src, dst, size)) << size.width << "x" << size.height;
