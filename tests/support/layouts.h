@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <initializer_list>
 #include <utility>
 
 #include "guarded.h"
@@ -163,6 +164,28 @@ void expectArgumentOrder(Call call, Img& src, Img& dst, KelImageSize good, KelIm
     }
     EXPECT_LE(kelOk, call(src, dst, KelImageSize{min.width, min.height > 0 ? min.height : 1}));  // a warning at most
     EXPECT_TRUE(dst.intact());
+}
+
+using Trio = std::array<int, 3>;
+
+// A worked value: a member, one pixel in and the pixel it must give.
+struct Worked {
+    const char* name;
+    Trio (*convert)(Trio);
+    Trio in, out;
+};
+template <typename S, typename D> Trio onePixel(KelResult (*convert)(const S*, int, D*, int, KelImageSize), Trio in)
+{
+    const auto out = convertPixel(convert, std::array<S, 3>{S(in[0]), S(in[1]), S(in[2])});
+    return {int(out[0]), int(out[1]), int(out[2])};
+}
+template <auto F> Trio throughOnePixel(Trio in) { return onePixel(F, in); }
+#define WORKED(F) #F, kt::throughOnePixel<F>
+
+inline void expectWorked(std::initializer_list<Worked> table)
+{
+    for (const Worked& w : table)
+        EXPECT_EQ(w.out, w.convert(w.in)) << w.name << " of " << w.in[0] << ", " << w.in[1] << ", " << w.in[2];
 }
 
 } // namespace kt
