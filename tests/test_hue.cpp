@@ -20,12 +20,6 @@ namespace {
 
 using B3 = std::array<Kel8u, 3>;
 
-template <typename T>
-std::array<T, 3> one(KelResult (*f)(const T*, int, T*, int, KelImageSize), std::array<T, 3> in)
-{
-    return convertPixel(f, in);
-}
-
 TEST(HueValues, WorkedValues)
 {
     expectWorked({
@@ -64,11 +58,11 @@ TEST(HueValues, SixteenBitSignedIsTheUnsignedCodingMoved)
     for (int i = 0; i < 2000; ++i) {
         const std::array<Kel16u, 3> u{Kel16u(gen()), Kel16u(gen()), Kel16u(gen())};
         const S3 s{Kel16s(u[0] - 32768), Kel16s(u[1] - 32768), Kel16s(u[2] - 32768)};
-        const auto hu = one(keliRGBToHLS_16u_C3R, u);
-        const auto hs = one(keliRGBToHLS_16s_C3R, s);
+        const auto hu = convertPixel(keliRGBToHLS_16u_C3R, u);
+        const auto hs = convertPixel(keliRGBToHLS_16s_C3R, s);
         for (int c = 0; c < 3; ++c) ASSERT_EQ(hu[c] - 32768, hs[c]);
-        const auto ru = one(keliHLSToRGB_16u_C3R, u);
-        const auto rs = one(keliHLSToRGB_16s_C3R, s);
+        const auto ru = convertPixel(keliHLSToRGB_16u_C3R, u);
+        const auto rs = convertPixel(keliHLSToRGB_16s_C3R, s);
         for (int c = 0; c < 3; ++c) ASSERT_EQ(ru[c] - 32768, rs[c]);
     }
 }
@@ -77,13 +71,13 @@ TEST(HueValues, FloatChannelsWithinTwoToTheMinus23AreGray)
 {
     using F3 = std::array<Kel32f, 3>;
     const float near = 0.5f + 1.1920928955078125e-07f;
-    const F3 gray = one(keliRGBToHLS_32f_C3R, {0.5f, near, 0.5f});
+    const F3 gray = convertPixel(keliRGBToHLS_32f_C3R, F3{0.5f, near, 0.5f});
     EXPECT_EQ(0.0f, gray[0]);
     EXPECT_EQ(0.0f, gray[2]);
     EXPECT_FLOAT_EQ(0.5f, gray[1]);
-    const F3 red = one(keliRGBToHLS_32f_C3R, {1.0f, 0.0f, 0.0f});
+    const F3 red = convertPixel(keliRGBToHLS_32f_C3R, F3{1.0f, 0.0f, 0.0f});
     EXPECT_EQ((F3{0.0f, 0.5f, 1.0f}), red);
-    const F3 back = one(keliHLSToRGB_32f_C3R, red);
+    const F3 back = convertPixel(keliHLSToRGB_32f_C3R, red);
     EXPECT_EQ((F3{1.0f, 0.0f, 0.0f}), back);
 }
 
@@ -96,7 +90,7 @@ TEST(HueValues, PlaneFamilyTruncatesWhereThePixelFamilyRounds)
     for (int i = 0; i < 5000; ++i) {
         const B3 rgb{Kel8u(gen()), Kel8u(gen()), Kel8u(gen())};
         const B3 bgr{rgb[2], rgb[1], rgb[0]};
-        const B3 rounded = one(keliRGBToHLS_8u_C3R, rgb);
+        const B3 rounded = convertPixel(keliRGBToHLS_8u_C3R, rgb);
         B3 truncated{};
         ASSERT_EQ(kelOk, keliBGRToHLS_8u_C3P3R(bgr.data(), 3,
                                                std::array<Kel8u*, 3>{&truncated[0], &truncated[1], &truncated[2]}.data(),
@@ -118,8 +112,8 @@ TEST(HueValues, RoundTripsStayClose)
     std::mt19937 gen(5);
     for (int i = 0; i < 5000; ++i) {
         const std::array<Kel16u, 3> rgb{Kel16u(gen()), Kel16u(gen()), Kel16u(gen())};
-        const auto viaHLS = one(keliHLSToRGB_16u_C3R, one(keliRGBToHLS_16u_C3R, rgb));
-        const auto viaHSV = one(keliHSVToRGB_16u_C3R, one(keliRGBToHSV_16u_C3R, rgb));
+        const auto viaHLS = convertPixel(keliHLSToRGB_16u_C3R, convertPixel(keliRGBToHLS_16u_C3R, rgb));
+        const auto viaHSV = convertPixel(keliHSVToRGB_16u_C3R, convertPixel(keliRGBToHSV_16u_C3R, rgb));
         for (int c = 0; c < 3; ++c) {
             ASSERT_NEAR(rgb[c], viaHLS[c], 4) << i;
             ASSERT_NEAR(rgb[c], viaHSV[c], 4) << i;
@@ -138,7 +132,7 @@ TEST(HueValues, RunsOfEqualPixelsAndInPlaceConversion)
         ASSERT_EQ(kelOk, convert(inPlace.data(), 18, inPlace.data(), 18, {6, 1}));
         EXPECT_EQ(out, inPlace);
         for (int x = 0; x < 6; ++x) {
-            const B3 alone = one(convert, {row[3 * x], row[3 * x + 1], row[3 * x + 2]});
+            const B3 alone = convertPixel(convert, B3{row[3 * x], row[3 * x + 1], row[3 * x + 2]});
             EXPECT_EQ(alone, (B3{out[3 * x], out[3 * x + 1], out[3 * x + 2]})) << x;
         }
     }
@@ -160,7 +154,7 @@ TEST(HueValues, RunsOfEqualPixelsAndInPlaceConversion)
     std::vector<Kel32f> hls(9);
     ASSERT_EQ(kelOk, keliRGBToHLS_32f_C3R(floats.data(), 36, hls.data(), 36, {3, 1}));
     for (int x = 0; x < 3; ++x) {
-        const F3 alone = one(keliRGBToHLS_32f_C3R, {floats[3 * x], floats[3 * x + 1], floats[3 * x + 2]});
+        const F3 alone = convertPixel(keliRGBToHLS_32f_C3R, F3{floats[3 * x], floats[3 * x + 1], floats[3 * x + 2]});
         for (int c = 0; c < 3; ++c) EXPECT_EQ(std::bit_cast<std::uint32_t>(alone[c]), std::bit_cast<std::uint32_t>(hls[3 * x + c]));
     }
 }
