@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kelcc.h"
+#include "kelcore.h"
 
 namespace kt {
 
@@ -113,8 +114,8 @@ private:
 // Sets threads_omp_of_n_kel for one scope and puts the old value back.
 class ThreadCount {
 public:
-    explicit ThreadCount(int n);
-    ~ThreadCount();
+    explicit ThreadCount(int n) : saved_(threads_omp_of_n_kel) { threads_omp_of_n_kel = n; }
+    ~ThreadCount() { threads_omp_of_n_kel = saved_; }
 private:
     int saved_;
 };
