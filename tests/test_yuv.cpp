@@ -3,7 +3,9 @@
 // width-1 path, the forms without strides, the warnings and concrete values.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <random>
 #include <vector>
 
@@ -36,12 +38,16 @@ struct Cell {
 
 // Set 1: V to R 1.140, U to G 0.394, V to G 0.581, U to B 2.032; set 2 is one
 // unit less in each.
-std::array<int, 3> inverse(int y, int u, int v, bool set2 = false, long double round = 0)
+std::array<long long, 3> inverseSums(int y, int u, int v, bool set2)
 {
     const long long less = set2 ? 1 : 0, y16 = static_cast<long long>(y) << 16;
     const long long a = fixed(1.140) - less, b = fixed(0.394) - less, c = fixed(0.581) - less, d = fixed(2.032) - less;
-    return {clampByte(level(y16 + a * (v - 128), 16, round)), clampByte(level(y16 - b * (u - 128) - c * (v - 128), 16, round)),
-            clampByte(level(y16 + d * (u - 128), 16, round))};
+    return {y16 + a * (v - 128), y16 - b * (u - 128) - c * (v - 128), y16 + d * (u - 128)};
+}
+std::array<int, 3> inverse(int y, int u, int v, bool set2 = false, long double round = 0)
+{
+    const auto sums = inverseSums(y, u, v, set2);
+    return {clampByte(level(sums[0], 16, round)), clampByte(level(sums[1], 16, round)), clampByte(level(sums[2], 16, round))};
 }
 
 TEST(YuvFormulas, LumaWeightsSumToOne) { EXPECT_EQ(65536, kY[0] + kY[1] + kY[2]); }
@@ -144,21 +150,18 @@ void expectedResult(const Member& m, Image& src, Image& e, int w, int h)
 
 class Yuv : public ::testing::TestWithParam<Member> {
 protected:
-    void expectConverts(int w, int h, Placement placement = Placement::Guarded)
+    // Random samples, or one colour everywhere.
+    void expectConverts(int w, int h, Placement placement = Placement::Guarded, const int* colour = nullptr)
     {
         const Member& m = GetParam();
         Image src = image(m.src, w, h, placement), dst = image(m.dst, w, h, placement), expected = image(m.dst, w, h);
         src.fill(static_cast<std::uint32_t>(w * 7 + h));
+        if (colour) paint(src, w, h, colour);
         dst.fillWith(50);
         expected.fillWith(50);
-        const auto srcBefore = src.rows();
-        const bool warns = cellHeight(m.src) == 2 || cellHeight(m.dst) == 2;
-        EXPECT_EQ(warns && (w | h) & 1 ? kelWarnOddSize : kelOk, m.call(src, dst, {w, h})) << w << "x" << h;
         expectedResult(m, src, expected, w, h);
-        EXPECT_EQ(expected.rows(), dst.rows()) << w << "x" << h;
-        EXPECT_EQ(srcBefore, src.rows());
-        EXPECT_TRUE(src.intact());
-        EXPECT_TRUE(dst.intact());
+        const bool warns = cellHeight(m.src) == 2 || cellHeight(m.dst) == 2;
+        expectWrites(warns && (w | h) & 1 ? kelWarnOddSize : kelOk, m.call, src, dst, expected, {w, h});
     }
 };
 
@@ -170,30 +173,33 @@ TEST_P(Yuv, MatchesTheCellFormulasAtEverySize)
     expectConverts(16, 4, Placement::Fenced);
 }
 
-TEST_P(Yuv, NullPointersThenSizeThenPlanes)
+// Uniform colours with a sum on a level's edge, where a coefficient or an
+// offset one unit off in the member changes a byte.
+TEST_P(Yuv, SumsOnALevelEdgeLandAsTheFormulasSay)
 {
     const Member& m = GetParam();
-    Image src = image(m.src, 4, 4), dst = image(m.dst, 4, 4);
-    dst.fillWith(9);
-    const auto before = dst.rows();
-    for (Image* side : {&src, &dst}) {
-        if (side->count() != 1) continue;
-        Kel8u* saved = side->pointers[0];
-        side->pointers[0] = nullptr;
-        EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {0, -1}));
-        side->pointers[0] = saved;
-    }
-    EXPECT_EQ(kelErrSize, m.call(src, dst, {0, 4}));
-    EXPECT_EQ(kelErrSize, m.call(src, dst, {4, 0}));
-    for (Image* side : {&src, &dst})
-        for (std::size_t p = 0; p < 3 && side->count() == 3; ++p) {
-            Kel8u* saved = side->pointers[p];
-            side->pointers[p] = nullptr;
-            EXPECT_EQ(kelErrSize, m.call(src, dst, {0, 4}));  // the size comes first
-            EXPECT_EQ(kelErrNullPointer, m.call(src, dst, {4, 4}));
-            side->pointers[p] = saved;
+    const Kind yuv = isRgb(m.src) ? m.dst : m.src;
+    auto edge = [&](std::array<int, 3> c) {
+        if (!isRgb(m.src)) {
+            const auto sums = inverseSums(c[0], c[1], c[2], m.set2);
+            const long double round = m.rounds ? kHalf : 0;
+            const long long du = std::abs(c[1] - 128), dv = std::abs(c[2] - 128);
+            return nearEdge(sums[0], 16, round, dv) || nearEdge(sums[1], 16, round, std::min(du, dv)) ||
+                   nearEdge(sums[2], 16, round, du);
         }
-    EXPECT_EQ(before, dst.rows());
+        Cell cell;
+        for (int k = 0; k < cellWidth(yuv) * cellHeight(yuv); ++k) cell.add(c[0], c[1], c[2]);
+        const long long u = cell.difference(cell.sumB), v = cell.difference(cell.sumR);
+        return onEdge(lumaPrime(c[0], c[1], c[2]), 16, 0) || onEdge(u * fixed(0.492), cell.bits(), 128) ||
+               onEdge(v * fixed(0.877), cell.bits(), 128);
+    };
+    onEdgeColours(48, edge, [&](std::array<int, 3> c) { expectConverts(4, 2, Placement::Guarded, c.data()); });
+}
+
+TEST_P(Yuv, NullPointersThenSizeThenPlanes)
+{
+    Image src = image(GetParam().src, 4, 4), dst = image(GetParam().dst, 4, 4);
+    expectArgumentOrder(GetParam().call, src, dst, {4, 4}, {1, 1}, false);
 }
 
 INSTANTIATE_TEST_SUITE_P(Yuv, Yuv, ::testing::ValuesIn(kMembers), [](const auto& info) { return std::string(info.param.name); });

@@ -10,22 +10,17 @@
 
 #include "kelcore.h"
 #include "rowshare.h"
+#include "support/guarded.h"
 
 namespace {
+
+using kt::ThreadCount;
 
 struct Visit {
     int thread = -1;
     int teamSize = 0;
     int count = 0;
     std::thread::id id;
-};
-
-class ThreadCount {
-public:
-    explicit ThreadCount(int n) : saved_(threads_omp_of_n_kel) { threads_omp_of_n_kel = n; }
-    ~ThreadCount() { threads_omp_of_n_kel = saved_; }
-private:
-    int saved_;
 };
 
 template <typename Share>

@@ -41,6 +41,15 @@ inline bool onEdge(long long sum, int bits, long double offset)
     return at >= 0 && at <= 255 && (rest == 0 || rest == unit - 1);
 }
 
+// True when moving the sum by up to `reach` either way lands on another level
+// inside 0..255: there a coefficient one unit off, times a factor of at most
+// `reach`, shows in the result.
+inline bool nearEdge(long long sum, int bits, long double offset, long long reach)
+{
+    const int at = level(sum, bits, offset);
+    return at >= 0 && at <= 255 && (level(sum - reach, bits, offset) != at || level(sum + reach, bits, offset) != at);
+}
+
 // Runs `check` on `count` random colours for which `edge` holds.
 template <typename Edge, typename Check> void onEdgeColours(int count, Edge edge, Check check)
 {

@@ -8,8 +8,6 @@
 #include <random>
 #include <stdexcept>
 
-#include "kelcore.h"
-
 namespace kt {
 
 namespace {
@@ -132,8 +130,5 @@ bool Image::intact() const
         if (!b->fenceIntact()) return false;
     return true;
 }
-
-ThreadCount::ThreadCount(int n) : saved_(threads_omp_of_n_kel) { threads_omp_of_n_kel = n; }
-ThreadCount::~ThreadCount() { threads_omp_of_n_kel = saved_; }
 
 } // namespace kt

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "kelcc.h"
+#include "kelcore.h"
 
 namespace kt {
 
@@ -88,15 +89,18 @@ public:
     std::vector<std::uint8_t> rows() const;         // all buffers' rows, in order
     bool intact() const;                            // guards and padding unchanged
 
-    // What calls take; tests may overwrite entries (a null plane, a stride).
+    // What calls take; tests may overwrite entries (a null plane, a stride),
+    // or make the image absent: a null pixel pointer or plane-array address.
     std::array<std::uint8_t*, 4> pointers{};
     std::array<int, 4> steps{};
-    Kel8u* ptr() { return pointers[0]; }
+    bool absent = false;
+    bool planar() const { return planar_; }
+    Kel8u* ptr() { return absent ? nullptr : pointers[0]; }
     int step() const { return steps[0]; }
-    const Kel8u* const* in() const { return reinterpret_cast<const Kel8u* const*>(pointers.data()); }
-    Kel8u* const* out() { return pointers.data(); }
+    const Kel8u* const* in() const { return absent ? nullptr : reinterpret_cast<const Kel8u* const*>(pointers.data()); }
+    Kel8u* const* out() { return absent ? nullptr : pointers.data(); }
     // A pixel pointer, or the address of the plane array.
-    void* arg() { return planar_ ? static_cast<void*>(pointers.data()) : pointers[0]; }
+    void* arg() { return absent ? nullptr : planar_ ? static_cast<void*>(pointers.data()) : pointers[0]; }
 
 private:
     Placement placement_;
@@ -110,8 +114,8 @@ private:
 // Sets threads_omp_of_n_kel for one scope and puts the old value back.
 class ThreadCount {
 public:
-    explicit ThreadCount(int n);
-    ~ThreadCount();
+    explicit ThreadCount(int n) : saved_(threads_omp_of_n_kel) { threads_omp_of_n_kel = n; }
+    ~ThreadCount() { threads_omp_of_n_kel = saved_; }
 private:
     int saved_;
 };
