@@ -5,7 +5,7 @@
 #                                  pkg-config and Highway (the SIMD kernels; a
 #                                  -DKELCC_SIMD_TARGETS=scalar build needs neither)
 #   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
-#   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv (the peer)
+#   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv and OpenCV (the peers)
 set -euo pipefail
 job=${1:-build}
 missing=()
@@ -24,6 +24,7 @@ case $job in
   bench)
     [ -f /usr/include/benchmark/benchmark.h ] || missing+=(libbenchmark-dev)
     [ -f /usr/include/libyuv.h ] || missing+=(libyuv-dev)
+    { command -v pkg-config >/dev/null 2>&1 && pkg-config --exists opencv4; } || missing+=(libopencv-dev)
     ;;
   *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
 esac
