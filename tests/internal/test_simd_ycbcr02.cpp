@@ -2,11 +2,11 @@
 // the scalar kernels, byte for byte, on every SIMD target this processor runs.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "support/targets.h"
