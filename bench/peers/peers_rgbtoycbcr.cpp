@@ -36,6 +36,9 @@ void addRGBToYCbCrJobs(std::vector<Job>& jobs)
     // BGR, 3 bytes a pixel: libyuv's RGB24 is B, G, R in memory.
     Job bgr420{"keliBGRToYCbCr420_8u_C3P3R", "libyuv RGB24ToI420",
                [] { keliBGRToYCbCr420_8u_C3P3R(ours.rgb.data(), 3 * kWidth, ours.planes, ours.steps, size); }, {}};
+    // Four bytes a pixel, B, G, R and an unread fourth: libyuv's ARGB in memory.
+    Job bgra420{"keliBGRToYCbCr420_8u_AC4P3R", "libyuv ARGBToI420",
+                [] { keliBGRToYCbCr420_8u_AC4P3R(ours.argb.data(), 4 * kWidth, ours.planes, ours.steps, size); }, {}};
     // libyuv has no three-byte source to YUY2 in one call: its one-pass job
     // reads ARGB, four bytes a pixel (Y0 U Y1 V out, as our Y0 Cb Y1 Cr).
     Job yuy2{"keliRGBToYCbCr422_8u_C3C2R", "libyuv ARGBToYUY2",
@@ -50,6 +53,10 @@ void addRGBToYCbCrJobs(std::vector<Job>& jobs)
     bgr420.runPeer = [] {
         libyuv::RGB24ToI420(peer.rgb.data(), 3 * kWidth, peer.luma.data(), kWidth, peer.cb.data(), kWidth / 2,
                             peer.cr.data(), kWidth / 2, kWidth, kHeight);
+    };
+    bgra420.runPeer = [] {
+        libyuv::ARGBToI420(peer.argb.data(), 4 * kWidth, peer.luma.data(), kWidth, peer.cb.data(), kWidth / 2,
+                           peer.cr.data(), kWidth / 2, kWidth, kHeight);
     };
     yuy2.runPeer = [] {
         libyuv::ARGBToYUY2(peer.argb.data(), 4 * kWidth, peer.packed.data(), 2 * kWidth, kWidth, kHeight);
@@ -67,6 +74,7 @@ void addRGBToYCbCrJobs(std::vector<Job>& jobs)
     jobs.push_back(i420);
     jobs.push_back(i420cv);
     jobs.push_back(bgr420);
+    jobs.push_back(bgra420);
     jobs.push_back(yuy2);
     jobs.push_back(yvyu);
 }
