@@ -6,6 +6,7 @@
 #include "cbcrpx.h"
 #include "gamma.h"
 #include "rowstore.h"
+#include "ycbcr02simd.h"
 
 using namespace kel;
 
@@ -13,24 +14,8 @@ using namespace kel;
 
 namespace {
 
-// The constants a 4:2:2 pair is formed with: its chroma at shift 17 from the
-// sums of its two pixels, its two lumas, and the chroma of a last single pixel
-// at shift 16.  The 128 of the format is 0x1000000 at shift 17, 0x800000 at 16.
-struct PairConstants {
-    std::int32_t cbK, crK;
-    std::int32_t yEven, yOdd;
-    std::int32_t singleK;
-};
-
-constexpr std::int32_t kRoundedLuma = 0x108000;    // 16 and the rounding half
-constexpr std::int32_t kTruncatedLuma = 0x100000;  // the second Y of an RGB pair truncates
-constexpr std::int32_t kCellOf4 = 0x2008000;       // 128 at shift 18, with a rounding half
+// The pair and cell constants are in ycbcr02simd.h, which the vector kernels share.
 constexpr std::int32_t kFilteredChroma = 0x807FFF; // 128 at shift 16, one below the rounding half
-
-constexpr PairConstants kRGBPair{0x1010000, 0x1010000, kRoundedLuma, kTruncatedLuma, 0x808000};
-constexpr PairConstants kBGRPair{0x1004000, 0x1004000, kRoundedLuma, kRoundedLuma, 0x802000};
-// Cr two below Cb: 0x100FFFE.
-constexpr PairConstants kBGRCbYCrPair{0x1010000, 0x100FFFE, kRoundedLuma, kRoundedLuma, 0x808000};
 
 // The YCrCb 4:2:0 members are the YCbCr ones with planes 1 and 2, and their
 // strides, exchanged.
@@ -81,12 +66,10 @@ void myRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int d
 void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 
-void innerRGBToYCbCr422_C3_C2R(const Kel8u* src, Kel8u* dst, int width);
+// innerRGBToYCbCr422_C3_C2R, innerRGBToYCrCb422_C3_C2R and the 4:2:0 row-pair
+// kernels are declared in ycbcr02simd.h, whose vector kernels finish rows with them.
 void innerRGBToYCbCr422_C3P2_C3R(const Kel8u* const src[3], Kel8u* dst, int width);
-void innerRGBToYCrCb422_C3_C2R(const Kel8u* src, Kel8u* dst, int width);
 void innerRGBToYCrCb422_C3P2_C3R(const Kel8u* const src[3], Kel8u* dst, int width);
-void innerRGBToYCbCr420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
-                                 Kel8u* cr, int width);
 
 // ---- public functions ------------------------------------------------------------------------------
 // The RGB and CbYCr members test their planes after the size, the BGR members
@@ -242,7 +225,8 @@ KEL_API KelResult keliBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Ke
 
 void myRGBToYCbCr422_C3_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerRGBToYCbCr422_C3_C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const RowForward422 kernel = chooseRGBToYCbCr422();
+    forEachRow(height, [&](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myRGBToYCbCr422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
@@ -256,7 +240,8 @@ void myRGBToYCbCr422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pD
 
 void myRGBToYCrCb422_C3_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerRGBToYCrCb422_C3_C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const RowForward422 kernel = chooseRGBToYCrCb422();
+    forEachRow(height, [&](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myRGBToYCrCb422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
@@ -271,10 +256,11 @@ void myRGBToYCrCb422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pD
 void myRGBToYCbCr420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
                               int height)
 {
+    const RowPairForward420 kernel = chooseRGBToYCbCr420();
     const PlaneRows<Kel8u> dst(pDst, dstSteps);
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerRGBToYCbCr420_8u_C3P3R(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), dst.row(0, top),
-                                    dst.row(0, bottom), dst.row(1, chroma), dst.row(2, chroma), width);
+        kernel(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), dst.row(0, top), dst.row(0, bottom),
+               dst.row(1, chroma), dst.row(2, chroma), width);
     });
 }
 
@@ -301,13 +287,15 @@ void bgr422ToPlanes(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const 
     });
 }
 
+// The row-pair kernel is the 4:2:0 kernel of the pixel's pitch, chosen once a call.
 template <int Pitch>
 void bgr420(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
 {
+    const RowPairForward420 kernel = Pitch == 3 ? chooseBGRToYCbCr420() : chooseBGRToYCbCr420AC4();
     const PlaneRows<Kel8u> dst(pDst, dstSteps);
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        cells420(PixelSource<Pitch, kBGR>{rowAt(pSrc, srcStep, top)}, PixelSource<Pitch, kBGR>{rowAt(pSrc, srcStep, bottom)},
-                 dst.row(0, top), dst.row(0, bottom), dst.row(1, chroma), dst.row(2, chroma), width);
+        kernel(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), dst.row(0, top), dst.row(0, bottom),
+               dst.row(1, chroma), dst.row(2, chroma), width);
     });
 }
 
@@ -420,6 +408,16 @@ void innerRGBToYCbCr420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* y
                                  Kel8u* cr, int width)
 {
     cells420(PixelSource<3, kRGB>{top}, PixelSource<3, kRGB>{bottom}, yTop, yBottom, cb, cr, width);
+}
+void innerBGRToYCbCr420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
+                                 Kel8u* cr, int width)
+{
+    cells420(PixelSource<3, kBGR>{top}, PixelSource<3, kBGR>{bottom}, yTop, yBottom, cb, cr, width);
+}
+void innerBGRToYCbCr420_8u_AC4P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
+                                  Kel8u* cr, int width)
+{
+    cells420(PixelSource<4, kBGR>{top}, PixelSource<4, kBGR>{bottom}, yTop, yBottom, cb, cr, width);
 }
 
 namespace {
