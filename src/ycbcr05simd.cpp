@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "cbcrpx.h"
 #include "simd.h"
@@ -120,27 +121,35 @@ HWY_INLINE hn::Vec<D32> mulAdd(D32 d32, V16 a, V16 b, hn::Vec<D32> sum)
 #endif
 }
 
-// One channel's weights for the chroma pairs of a 4:2:2 pixel-order member:
-// the pair's first chroma byte (in lane order) weighted by the low half of a
-// 32-bit lane.  The high parts are scaled by 2^9 for samples scaled by 2^7,
-// so that their products land 16 bits up: h * 2^9 * (s * 2^7) = h * s * 2^16.
+// One channel's weights for the chroma pairs of a 4:2:2 pixel-order member,
+// each coefficient split as high * 65536 + low: the low parts as a 16-bit
+// weight pair (the pair's first chroma byte, in lane order, in the lower
+// half), the high parts as small multiples of the samples moved 16 bits up.
 struct PairWeights {
-    std::int32_t low, high, offset;
+    std::int32_t low, offset, firstHigh, secondHigh;
 };
 template <const ChromaWeights& W, bool CrFirst>
 constexpr PairWeights pairWeights()
 {
     const std::int32_t first = CrFirst ? W.cr : W.cb, second = CrFirst ? W.cb : W.cr;
-    static_assert(highPart(CrFirst ? W.cr : W.cb) * 512 >= -32768 && highPart(CrFirst ? W.cr : W.cb) * 512 < 32768 &&
-                      highPart(CrFirst ? W.cb : W.cr) * 512 >= -32768 && highPart(CrFirst ? W.cb : W.cr) * 512 < 32768,
-                  "the scaled high parts fit 16 bits");
-    return {weightPair(lowPart(first), lowPart(second)), weightPair(highPart(first) * 512, highPart(second) * 512),
-            W.offset};
+    return {weightPair(lowPart(first), lowPart(second)), W.offset, highPart(first), highPart(second)};
+}
+
+// sum + h * x for the high parts in use (-2..2), by additions alone.
+template <std::int32_t H, class V>
+HWY_INLINE V addMultiple(V sum, V x)
+{
+    static_assert(H >= -2 && H <= 2, "a high part of -2..2");
+    if constexpr (H == 0) return sum;
+    else if constexpr (H == 1) return hn::Add(sum, x);
+    else if constexpr (H == -1) return hn::Sub(sum, x);
+    else if constexpr (H == 2) return hn::Add(sum, hn::Add(x, x));
+    else return hn::Sub(sum, hn::Add(x, x));
 }
 
 // The luma weight as one 16-bit multiplier: luma / 4 on four times the sample
 // when luma is a multiple of 4 below 2^17 (76284 = 4 * 19071), else
-// luma - 65536 on the sample, the 65536 * Y part added to the upper half later.
+// luma - 65536 on the sample and the sample itself moved 16 bits up.
 template <std::int32_t Luma>
 struct LumaSplit {
     static_assert(Luma >= 65536 && Luma < 2 * 65536, "the luma weight is 65536 plus a 16-bit rest");
@@ -149,28 +158,58 @@ struct LumaSplit {
     static_assert(kWeight < 32768, "one 16-bit multiplier");
 };
 
-// One channel of a vector of pixels, 16-bit results in pixel order.  Cell c
-// (32-bit lane c) holds the pixels 2c and 2c + 1 in its 16-bit halves; its
-// chroma term T = offset + cb * Cb + cr * Cr comes from two multiply-adds, the
-// low parts on the pairs and the high parts on the pairs scaled by 2^7; then
-// each pixel's full sum S = T + luma * Y, and S >> 16 is S's upper half.
-// Every product is below 2^25 in size and every sum inside 32 bits, so S is
-// the scalar kernel's sum exactly, and the upper half its floor shift; the
-// result lies within -600..600 and the pack saturates it as the scalar clamp.
-template <const PairWeights& P, std::int32_t Luma, class DI32, class VI16>
-HWY_INLINE VI16 channel422(DI32 di32, VI16 pairs, VI16 pairsScaled, VI16 lumaLanes, VI16 lumaWords)
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+// Word indices of the upper halves of two vectors of 32-bit lanes, taken
+// alternately: word j is word j + 1 of the first vector for even j, word j
+// of the second (index 32 + j) for odd j.
+struct UpperHalfTable {
+    alignas(64) std::uint16_t index[32];
+};
+constexpr UpperHalfTable makeUpperHalves()
+{
+    UpperHalfTable t{};
+    for (int j = 0; j < 32; ++j) t.index[j] = static_cast<std::uint16_t>(j % 2 ? 32 + j : j + 1);
+    return t;
+}
+alignas(64) constexpr UpperHalfTable kUpperHalfTable = makeUpperHalves();
+inline constexpr const std::uint16_t* kUpperHalves = kUpperHalfTable.index;
+#endif
+
+// What the three channels of a source vector share: cell c (32-bit lane c)
+// holds the pixels 2c and 2c + 1 in its 16-bit halves; `pairs` its two chroma
+// bytes in 16-bit halves, `firstHigh` and `secondHigh` each of them times
+// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels.
+template <class DI32>
+struct PairLanes {
+    hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
+    hn::Vec<DI32> firstHigh, secondHigh, lumaEven, lumaOdd;
+};
+
+// One channel of a vector of pixels, 16-bit results in pixel order.  The
+// cell's chroma term T = offset + cb * Cb + cr * Cr is a multiply-add of the
+// low parts plus the high parts' multiples, each pixel's sum S = T + luma * Y,
+// and S >> 16 is S's upper half.  Every product is below 2^25 in size and
+// every sum inside 32 bits, so S is the scalar kernel's sum exactly and the
+// upper half its floor shift; the result lies within -600..600, and the pack
+// saturates it as the scalar clamp does.
+template <const PairWeights& P, class DI32>
+HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, const PairLanes<DI32>& lanes)
 {
     const hn::Repartition<std::int16_t, DI32> di16;
     const hn::Repartition<std::uint32_t, DI32> du32;
-    using Split = LumaSplit<Luma>;
-    const auto term = mulAdd(di32, pairsScaled, hn::BitCast(di16, hn::Set(di32, P.high)),
-                             mulAdd(di32, pairs, hn::BitCast(di16, hn::Set(di32, P.low)), hn::Set(di32, P.offset)));
-    const auto even = mulAdd(di32, lumaLanes, hn::BitCast(di16, hn::Set(di32, weightPair(Split::kWeight, 0))), term);
-    const auto odd = mulAdd(di32, lumaLanes, hn::BitCast(di16, hn::Set(di32, weightPair(0, Split::kWeight))), term);
+    const auto lows = mulAdd(di32, lanes.pairs, hn::BitCast(di16, hn::Set(di32, P.low)), hn::Set(di32, P.offset));
+    const auto term = addMultiple<P.secondHigh>(addMultiple<P.firstHigh>(lows, lanes.firstHigh), lanes.secondHigh);
+    const auto even = hn::Add(term, lanes.lumaEven), odd = hn::Add(term, lanes.lumaOdd);
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // One two-vector word permute takes the upper halves: pixel 2c from the
+    // even sums' lane c, pixel 2c + 1 from the odd sums'.
+    (void)du32;
+    const __m512i upperHalves = _mm512_load_si512(kUpperHalves);
+    return hn::Vec<decltype(di16)>{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+#else
     const auto evenHigh = hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even)));
-    const auto sums = hn::OddEven(hn::BitCast(di16, odd), evenHigh);
-    if constexpr (Split::kQuarter) return sums;
-    else return hn::Add(sums, lumaWords);  // 65536 * Y adds Y to the upper half, modulo 2^16
+    return hn::OddEven(hn::BitCast(di16, odd), evenHigh);
+#endif
 }
 
 // Channels packed from pixel vectors of two source vectors come out in the
@@ -186,43 +225,13 @@ template <int Pitch>
 constexpr bool kCrosswiseLoads = false;
 #endif
 
-#if HWY_TARGET == HWY_AVX3_DL
-// RGB24 from channels in pack order (8-pixel group g of 64 at lane
-// 16 * (g % 4) + 8 * (g / 4)), by VBMI byte permutes as storeInterleaved3.
-constexpr int packedLane(int pixel)
-{
-    const int group = pixel / 8;
-    return 16 * (group % 4) + 8 * (group / 4) + pixel % 8;
-}
-constexpr InterleaveTables makePackedInterleaveTables()
-{
-    InterleaveTables t{};
-    for (int k = 0; k < 3; ++k) {
-        for (int j = 0; j < 64; ++j) {
-            const int at = 64 * k + j, lane = packedLane(at / 3), channel = at % 3;
-            t.pick[k][j] = static_cast<std::uint8_t>(channel == 1 ? 64 + lane : lane);
-            t.merge[k][j] = static_cast<std::uint8_t>(channel == 2 ? 64 + lane : j);
-        }
-    }
-    return t;
-}
-alignas(64) constexpr InterleaveTables kPackedInterleave = makePackedInterleaveTables();
-#endif
 
 // Three channel vectors in pack order (pixel order where the loads were
 // crosswise or the vector is one block) stored as three-byte pixels.
 template <class DU8>
 HWY_INLINE void storePacked3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn::Vec<DU8> v2, Kel8u* dst)
 {
-#if HWY_TARGET == HWY_AVX3_DL
-    (void)du8;
-    for (int k = 0; k < 3; ++k) {
-        const __m512i pick = _mm512_load_si512(kPackedInterleave.pick[k]);
-        const __m512i merge = _mm512_load_si512(kPackedInterleave.merge[k]);
-        const __m512i firstTwo = _mm512_permutex2var_epi8(v0.raw, pick, v1.raw);
-        _mm512_storeu_si512(dst + 64 * k, _mm512_permutex2var_epi8(firstTwo, merge, v2.raw));
-    }
-#elif HWY_TARGET == HWY_AVX3
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     // Groups of 8 pixels (64-bit lanes) back in order.
     const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
     storeInterleaved3(du8, hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v0.raw)},
@@ -232,6 +241,93 @@ HWY_INLINE void storePacked3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn::Vec<
     storeInterleaved3(du8, v0, v1, v2, dst);
 #endif
 }
+
+#if HWY_TARGET == HWY_AVX3_DL
+// Three-byte pixels straight from the six 16-bit channel vectors of 64
+// pixels (c0, c1, c2 in memory order; `a` pixels 0..31, `b` 32..63), packed
+// so that each 64-byte output draws on as few of them as it can:
+// V1 = (c0a, c1a), V2 = (c2a, c0b), V3 = (c1b, c2b).  The first and the last
+// output then take one two-vector byte permute, the middle one two.
+struct ThreeChannelTables {
+    alignas(64) std::uint8_t first[64];    // output 0 from V1, V2
+    alignas(64) std::uint8_t middle[64];   // output 1 from V1, V2 ...
+    alignas(64) std::uint8_t middleV3[64]; // ... then from V3, keeping the rest
+    alignas(64) std::uint8_t last[64];     // output 2 from V2, V3
+};
+// Where channel c of pixel p lies: 0, 1 or 2 for V1..V3, and the byte lane.
+// The pack puts block k of its first operand (8 pixels) before block k of its second.
+struct ByteAt {
+    int vector, lane;
+};
+constexpr ByteAt threeChannelByte(int pixel, int channel)
+{
+    const bool upper = pixel >= 32;
+    const int i = pixel % 32, packedFirst = 16 * (i / 8) + i % 8, packedSecond = packedFirst + 8;
+    if (channel == 0) return upper ? ByteAt{1, packedSecond} : ByteAt{0, packedFirst};
+    if (channel == 1) return upper ? ByteAt{2, packedFirst} : ByteAt{0, packedSecond};
+    return upper ? ByteAt{2, packedSecond} : ByteAt{1, packedFirst};
+}
+constexpr ThreeChannelTables makeThreeChannelTables()
+{
+    ThreeChannelTables t{};
+    for (int j = 0; j < 64; ++j) {
+        const ByteAt a = threeChannelByte(j / 3, j % 3);
+        t.first[j] = static_cast<std::uint8_t>(64 * a.vector + a.lane);  // V1 or V2
+        const ByteAt b = threeChannelByte((64 + j) / 3, (64 + j) % 3);
+        t.middle[j] = static_cast<std::uint8_t>(b.vector == 2 ? j : 64 * b.vector + b.lane);
+        t.middleV3[j] = static_cast<std::uint8_t>(b.vector == 2 ? 64 + b.lane : j);
+        const ByteAt c = threeChannelByte((128 + j) / 3, (128 + j) % 3);
+        t.last[j] = static_cast<std::uint8_t>(64 * (c.vector - 1) + c.lane);  // V2 or V3
+    }
+    return t;
+}
+alignas(64) constexpr ThreeChannelTables kThreeChannel = makeThreeChannelTables();
+#endif
+
+// Three channels of two source vectors' pixels, as 16-bit results (c0, c1,
+// c2 in memory order), saturated to bytes and stored as three-byte pixels.
+template <int Pitch, class DU8, class VI16>
+HWY_INLINE void storeChannels3(DU8 du8, VI16 c0a, VI16 c0b, VI16 c1a, VI16 c1b, VI16 c2a, VI16 c2b, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i v1 = _mm512_packus_epi16(c0a.raw, c1a.raw), v2 = _mm512_packus_epi16(c2a.raw, c0b.raw),
+                  v3 = _mm512_packus_epi16(c1b.raw, c2b.raw);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(v1, _mm512_load_si512(kThreeChannel.first), v2));
+    const __m512i middle = _mm512_permutex2var_epi8(v1, _mm512_load_si512(kThreeChannel.middle), v2);
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(middle, _mm512_load_si512(kThreeChannel.middleV3), v3));
+    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(v2, _mm512_load_si512(kThreeChannel.last), v3));
+#else
+    storePacked3(du8, packBytes(du8, c0a, c0b), packBytes(du8, c1a, c1b), packBytes(du8, c2a, c2b), dst);
+#endif
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) and
+// (R, alpha) of 32 pixels hold every byte of their 128 output bytes, so each
+// 64-byte output takes one two-vector byte permute.
+struct FourChannelTables {
+    alignas(64) std::uint8_t index[2][64];  // outputs of pixels 0..15 and 16..31
+};
+constexpr FourChannelTables makeFourChannelTables()
+{
+    FourChannelTables t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            const int pixel = 16 * k + j / 4, channel = j % 4;
+            const int packed = 16 * (pixel / 8) + pixel % 8 + (channel % 2 ? 8 : 0);  // second operand 8 on
+            t.index[k][j] = static_cast<std::uint8_t>(channel >= 2 ? 64 + packed : packed);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr FourChannelTables kFourChannel = makeFourChannelTables();
+#endif
+
+// B, G, R and alpha of two source vectors' pixels, B, G, R as 16-bit results
+// and alpha as bytes, saturated and stored as four-byte pixels.
+template <class DU8, class VI16>
+HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, VI16 ra, VI16 rb, Kel8u alpha, Kel8u* dst);
 
 // B, G, R and alpha vectors in pack order stored as four-byte pixels.  Byte
 // and then 16-bit interleaving within blocks gives four vectors whose blocks
@@ -272,6 +368,25 @@ HWY_INLINE void storePackedBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec
 #endif
 }
 
+template <class DU8, class VI16>
+HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, VI16 ra, VI16 rb, Kel8u alpha, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i alphas = _mm512_set1_epi16(alpha);
+    const __m512i first = _mm512_load_si512(kFourChannel.index[0]), second = _mm512_load_si512(kFourChannel.index[1]);
+    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), raA = _mm512_packus_epi16(ra.raw, alphas);
+    const __m512i bgB = _mm512_packus_epi16(bb.raw, gb.raw), raB = _mm512_packus_epi16(rb.raw, alphas);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(bgA, first, raA));
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(bgA, second, raA));
+    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(bgB, first, raB));
+    _mm512_storeu_si512(dst + 192, _mm512_permutex2var_epi8(bgB, second, raB));
+#else
+    storePackedBGRA(du8, packBytes(du8, ba, bb), packBytes(du8, ga, gb), packBytes(du8, ra, rb), hn::Set(du8, alpha),
+                    dst);
+#endif
+}
+
 // Pixels of 4:2:2 pixel order, two source vectors a step: the lanes of each
 // source vector are read in place (a 32-bit lane is a pair, its 16-bit
 // halves its two pixels), the chroma bytes masked into (first, second)
@@ -304,16 +419,26 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, 
         const auto words = hn::BitCast(du16, bytes);
         const auto chroma = L.cb % 2 ? hn::ShiftRight<8>(lanes) : lanes;
         const auto pairs = hn::BitCast(di16, hn::And(chroma, hn::Set(du32, 0x00FF00FFu)));
-        const auto pairsScaled = hn::BitCast(di16, hn::ShiftLeft<7>(hn::BitCast(du32, pairs)));
-        const auto lumaWords =
-            hn::BitCast(di16, L.y0 % 2 ? hn::ShiftRight<8>(words) : hn::And(words, hn::Set(du16, 0x00FF)));
-        const auto lumaLanes = LumaSplit<K.luma>::kQuarter ? hn::ShiftLeft<2>(lumaWords) : lumaWords;
-        return Channels{channel422<kRed, K.luma>(di32, pairs, pairsScaled, lumaLanes, lumaWords),
-                        channel422<kGreen, K.luma>(di32, pairs, pairsScaled, lumaLanes, lumaWords),
-                        channel422<kBlue, K.luma>(di32, pairs, pairsScaled, lumaLanes, lumaWords)};
+        const auto lumaWords = L.y0 % 2 ? hn::ShiftRight<8>(words) : hn::And(words, hn::Set(du16, 0x00FF));
+        using Split = LumaSplit<K.luma>;
+        const auto lumaLanes = hn::BitCast(di16, Split::kQuarter ? hn::ShiftLeft<2>(lumaWords) : lumaWords);
+        const auto evenWeight = hn::BitCast(di16, hn::Set(di32, weightPair(Split::kWeight, 0)));
+        const auto oddWeight = hn::BitCast(di16, hn::Set(di32, weightPair(0, Split::kWeight)));
+        auto lumaEven = mulAdd(di32, lumaLanes, evenWeight, hn::Zero(di32));
+        auto lumaOdd = mulAdd(di32, lumaLanes, oddWeight, hn::Zero(di32));
+        if constexpr (!Split::kQuarter) {  // 65536 * Y: the sample moved to the upper half
+            const auto words32 = hn::BitCast(du32, lumaWords);
+            lumaEven = hn::Add(lumaEven, hn::BitCast(di32, hn::ShiftLeft<16>(words32)));
+            lumaOdd = hn::Add(lumaOdd, hn::BitCast(di32, hn::And(words32, hn::Set(du32, 0xFFFF0000u))));
+        }
+        const auto pairs32 = hn::BitCast(du32, pairs);
+        const PairLanes<std::remove_const_t<decltype(di32)>> shared{pairs, hn::BitCast(di32, hn::ShiftLeft<16>(pairs32)),
+                                               hn::BitCast(di32, hn::And(pairs32, hn::Set(du32, 0xFFFF0000u))),
+                                               lumaEven, lumaOdd};
+        return Channels{channel422<kRed>(di32, shared), channel422<kGreen>(di32, shared),
+                        channel422<kBlue>(di32, shared)};
     };
 
-    const auto alphas = hn::Set(du8, alpha);
     const int vectorEnd = width & 1 ? width - 3 : width;
     int x = 0;
     for (; x + step <= vectorEnd; x += step) {
@@ -329,13 +454,14 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, 
             second = hn::LoadU(du8, pixels + step);
         }
         const Channels a = convert(first), b = convert(second);
-        const auto red = packBytes(du8, a.red, b.red);
-        const auto green = packBytes(du8, a.green, b.green);
-        const auto blue = packBytes(du8, a.blue, b.blue);
         Kel8u* out = dst + Pitch * x;
-        if constexpr (Pitch == 4) storePackedBGRA(du8, blue, green, red, alphas, out);
-        else if constexpr (O.r == 0) storePacked3(du8, red, green, blue, out);
-        else storePacked3(du8, blue, green, red, out);
+        if constexpr (Pitch == 4) {
+            storeChannelsBGRA(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, alpha, out);
+        } else if constexpr (O.r == 0) {
+            storeChannels3<Pitch>(du8, a.red, b.red, a.green, b.green, a.blue, b.blue, out);
+        } else {
+            storeChannels3<Pitch>(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, out);
+        }
     }
     return x;
 }
