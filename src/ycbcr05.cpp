@@ -172,16 +172,11 @@ KEL_API KelResult keliCbYCr422ToBGR_8u_C2C4R(const Kel8u* pSrc, int srcStep, Kel
 
 // ---- row layers ----------------------------------------------------------------------------------
 
-// Row kernels under the library's names and the width-1 paths, defined below.
-void innerYCbCrToRGB422_C2_C3R(const Kel8u* src, Kel8u* dst, int width);
+// Row kernels under the library's names and the width-1 paths, defined below
+// (the pixel-order 4:2:2 and 4:2:0 kernels are declared in ycbcr05simd.h).
 void innerYCbCr422ToRGB_C2_C3P2R(const Kel8u* src, Kel8u* const dst[3], int width);
-void innerYCrCbToRGB422_C2_C3R(const Kel8u* src, Kel8u* dst, int width);
 void innerYCrCb422ToRGB_C2_C3P2R(const Kel8u* src, Kel8u* const dst[3], int width);
 void innerYCbCr422ToRGB_8u_P3C3R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width);
-void innerYCbCr420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                                 Kel8u* bottom, int width);
-void innerYCbCr420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                                 Kel8u* bottom, int width);
 void unrealYCbCr(const Kel8u* src, Kel8u* dst);
 void unrealYCrCb(const Kel8u* src, Kel8u* dst);
 void unrealYCbCrP(const Kel8u* src, Kel8u* const dst[3]);
@@ -214,14 +209,17 @@ using BGRAStore = PixelStore<4, kBGR, Alpha::written>;
 } // namespace
 
 // 4:2:2 pixel order.  A row one pixel wide has no pair to take a missing
-// chroma sample from and leaves the row kernel for the width-1 path.
+// chroma sample from and leaves the row kernel for the width-1 path.  The
+// pixel-order row kernels are chosen once per call: the fastest this
+// processor runs (ycbcr05simd.cpp), which gives the scalar kernel's bytes.
 void myYCbCrToRGB422_C2_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const PixelRow422 pixelRow = chooseYCbCr422ToRGB();
     forEachRow(height, [&](int y) {
         const Kel8u* src = rowAt(pSrc, srcStep, y);
         Kel8u* dst = rowAt(pDst, dstStep, y);
         if (width == 1) unrealYCbCr(src, dst);
-        else innerYCbCrToRGB422_C2_C3R(src, dst, width);
+        else pixelRow(src, dst, width);
     });
 }
 
@@ -238,11 +236,12 @@ void myYCbCr422ToRGB_C2_C3P2R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[
 
 void myYCrCbToRGB422_C2_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const PixelRow422 pixelRow = chooseYCrCb422ToRGB();
     forEachRow(height, [&](int y) {
         const Kel8u* src = rowAt(pSrc, srcStep, y);
         Kel8u* dst = rowAt(pDst, dstStep, y);
         if (width == 1) unrealYCrCb(src, dst);
-        else innerYCrCbToRGB422_C2_C3R(src, dst, width);
+        else pixelRow(src, dst, width);
     });
 }
 
@@ -260,37 +259,29 @@ void myYCrCb422ToRGB_C2_C3P2R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[
 // The BGR members need two pixels, so every row has a pair before a last single pixel.
 void ownYCbCr422ToBGR_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        const PixelStore<3, kBGR> dst{rowAt(pDst, dstStep, y)};
-        pairsFromPixelOrder<inverseH, kYCbCrPair>(rowAt(pSrc, srcStep, y), dst, width);
-    });
+    const PixelRow422 pixelRow = chooseYCbCr422ToBGR();
+    forEachRow(height, [&](int y) { pixelRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void ownYCbCr422ToBGR_8u_C2C4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height,
                                Kel8u alpha)
 {
-    forEachRow(height, [&](int y) {
-        const BGRAStore dst{rowAt(pDst, dstStep, y), alpha};
-        pairsFromPixelOrder<inverseH, kYCbCrPair>(rowAt(pSrc, srcStep, y), dst, width);
-    });
+    const PixelRow422Alpha pixelRow = chooseYCbCr422ToBGRA();
+    forEachRow(height, [&](int y) { pixelRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, alpha); });
 }
 
-// CbYCr handles width 1 inside its one function: the lone Cb serves as Cr too.
+// CbYCr handles width 1 inside its row kernel: the lone Cb serves as Cr too.
 void myCbYCr422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        const PixelStore<3, kRGB> dst{rowAt(pDst, dstStep, y)};
-        pairsFromPixelOrder<inverseR, kCbYCrPair>(rowAt(pSrc, srcStep, y), dst, width);
-    });
+    const PixelRow422 pixelRow = chooseCbYCr422ToRGB();
+    forEachRow(height, [&](int y) { pixelRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myCbYCr422ToBGR_8u_C2AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height,
                                Kel8u alpha)
 {
-    forEachRow(height, [&](int y) {
-        const BGRAStore dst{rowAt(pDst, dstStep, y), alpha};
-        pairsFromPixelOrder<inverseR, kCbYCrPair>(rowAt(pSrc, srcStep, y), dst, width);
-    });
+    const PixelRow422Alpha pixelRow = chooseCbYCr422ToBGRA();
+    forEachRow(height, [&](int y) { pixelRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, alpha); });
 }
 
 // 4:2:2 planes, one stride a plane.
@@ -386,6 +377,26 @@ void ownYCbCrToBGR_8u_P3C4R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst
 void innerYCbCrToRGB422_C2_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
     pairsFromPixelOrder<inverseH, kYCbCrPair>(src, PixelStore<3, kRGB>{dst}, width);
+}
+
+void innerYCbCr422ToBGR_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    pairsFromPixelOrder<inverseH, kYCbCrPair>(src, PixelStore<3, kBGR>{dst}, width);
+}
+
+void innerYCbCr422ToBGR_8u_C2C4R(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha)
+{
+    pairsFromPixelOrder<inverseH, kYCbCrPair>(src, BGRAStore{dst, alpha}, width);
+}
+
+void innerCbYCr422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    pairsFromPixelOrder<inverseR, kCbYCrPair>(src, PixelStore<3, kRGB>{dst}, width);
+}
+
+void innerCbYCr422ToBGR_8u_C2AC4R(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha)
+{
+    pairsFromPixelOrder<inverseR, kCbYCrPair>(src, BGRAStore{dst, alpha}, width);
 }
 
 void innerYCbCr422ToRGB_C2_C3P2R(const Kel8u* src, Kel8u* const dst[3], int width)

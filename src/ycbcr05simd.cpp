@@ -1,9 +1,10 @@
-// Sub-sampled YCbCr to RGB and BGR on whole vectors: the 4:2:0 members, compiled
-// once for every SIMD target (foreach_target.h includes this file once a target).
+// Sub-sampled YCbCr to RGB and BGR on whole vectors: the 4:2:0 and 4:2:2 pixel-order
+// members, compiled once for every SIMD target (foreach_target.h includes this file once a target).
 #include "ycbcr05simd.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "cbcrpx.h"
 #include "simd.h"
@@ -98,6 +99,411 @@ void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* 
     rowPairs420<inverseU, kBGR, innerYCbCr420ToBGR_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
 }
 
+// ---- 4:2:2 pixel order ---------------------------------------------------------------------------
+
+// A 16-bit multiply-add into 32-bit lanes: sum + a0 * b0 + a1 * b1 in each
+// lane, from the lane's two 16-bit halves.  AVX3_DL does it in one AVX-512
+// VNNI instruction.  Highway's AVX3_DL target enables only the VEX form of
+// VNNI, which processors with AVX-512 VNNI may lack (Zen 4 does), so the
+// EVEX form on 512-bit registers is written out here.
+template <class D32, class V16>
+HWY_INLINE hn::Vec<D32> mulAdd(D32 d32, V16 a, V16 b, hn::Vec<D32> sum)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)d32;
+    __m512i acc = sum.raw;
+    asm("vpdpwssd %2, %1, %0" : "+v"(acc) : "v"(a.raw), "v"(b.raw));
+    return hn::Vec<D32>{acc};
+#else
+    auto other = hn::Zero(d32);
+    const auto sum0 = hn::ReorderWidenMulAccumulate(d32, a, b, sum, other);
+    return hn::RearrangeToOddPlusEven(sum0, other);
+#endif
+}
+
+// One channel's weights for the chroma pairs of a 4:2:2 pixel-order member,
+// each coefficient split as high * 65536 + low: the low parts as a 16-bit
+// weight pair (the pair's first chroma byte, in lane order, in the lower
+// half), the high parts as small multiples of the samples moved 16 bits up.
+struct PairWeights {
+    std::int32_t low, offset, firstHigh, secondHigh;
+};
+template <const ChromaWeights& W, bool CrFirst>
+constexpr PairWeights pairWeights()
+{
+    const std::int32_t first = CrFirst ? W.cr : W.cb, second = CrFirst ? W.cb : W.cr;
+    return {weightPair(lowPart(first), lowPart(second)), W.offset, highPart(first), highPart(second)};
+}
+
+// sum + h * x for the high parts in use (-2..2), by additions alone.
+template <std::int32_t H, class V>
+HWY_INLINE V addMultiple(V sum, V x)
+{
+    static_assert(H >= -2 && H <= 2, "a high part of -2..2");
+    if constexpr (H == 0) return sum;
+    else if constexpr (H == 1) return hn::Add(sum, x);
+    else if constexpr (H == -1) return hn::Sub(sum, x);
+    else if constexpr (H == 2) return hn::Add(sum, hn::Add(x, x));
+    else return hn::Sub(sum, hn::Add(x, x));
+}
+
+// The luma weight as one 16-bit multiplier: luma / 4 on four times the sample
+// when luma is a multiple of 4 below 2^17 (76284 = 4 * 19071), else
+// luma - 65536 on the sample and the sample itself moved 16 bits up.
+template <std::int32_t Luma>
+struct LumaSplit {
+    static_assert(Luma >= 65536 && Luma < 2 * 65536, "the luma weight is 65536 plus a 16-bit rest");
+    static constexpr bool kQuarter = Luma % 4 == 0 && Luma / 4 < 32768;
+    static constexpr std::int32_t kWeight = kQuarter ? Luma / 4 : Luma - 65536;
+    static_assert(kWeight < 32768, "one 16-bit multiplier");
+};
+
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+// Word indices of the upper halves of two vectors of 32-bit lanes, taken
+// alternately: word j is word j + 1 of the first vector for even j, word j
+// of the second (index 32 + j) for odd j.
+struct UpperHalfTable {
+    alignas(64) std::uint16_t index[32];
+};
+constexpr UpperHalfTable makeUpperHalves()
+{
+    UpperHalfTable t{};
+    for (int j = 0; j < 32; ++j) t.index[j] = static_cast<std::uint16_t>(j % 2 ? 32 + j : j + 1);
+    return t;
+}
+alignas(64) constexpr UpperHalfTable kUpperHalfTable = makeUpperHalves();
+inline constexpr const std::uint16_t* kUpperHalves = kUpperHalfTable.index;
+#endif
+
+// What the three channels of a source vector share: cell c (32-bit lane c)
+// holds the pixels 2c and 2c + 1 in its 16-bit halves; `pairs` its two chroma
+// bytes in 16-bit halves, `firstHigh` and `secondHigh` each of them times
+// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels.
+template <class DI32>
+struct PairLanes {
+    hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
+    hn::Vec<DI32> firstHigh, secondHigh, lumaEven, lumaOdd;
+};
+
+// One channel of a vector of pixels, 16-bit results in pixel order.  The
+// cell's chroma term T = offset + cb * Cb + cr * Cr is a multiply-add of the
+// low parts plus the high parts' multiples, each pixel's sum S = T + luma * Y,
+// and S >> 16 is S's upper half.  Every product is below 2^25 in size and
+// every sum inside 32 bits, so S is the scalar kernel's sum exactly and the
+// upper half its floor shift; the result lies within -600..600, and the pack
+// saturates it as the scalar clamp does.
+template <const PairWeights& P, class DI32>
+HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, const PairLanes<DI32>& lanes)
+{
+    const hn::Repartition<std::int16_t, DI32> di16;
+    const hn::Repartition<std::uint32_t, DI32> du32;
+    const auto lows = mulAdd(di32, lanes.pairs, hn::BitCast(di16, hn::Set(di32, P.low)), hn::Set(di32, P.offset));
+    const auto term = addMultiple<P.secondHigh>(addMultiple<P.firstHigh>(lows, lanes.firstHigh), lanes.secondHigh);
+    const auto even = hn::Add(term, lanes.lumaEven), odd = hn::Add(term, lanes.lumaOdd);
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // One two-vector word permute takes the upper halves: pixel 2c from the
+    // even sums' lane c, pixel 2c + 1 from the odd sums'.
+    (void)du32;
+    const __m512i upperHalves = _mm512_load_si512(kUpperHalves);
+    return hn::Vec<decltype(di16)>{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+#else
+    const auto evenHigh = hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even)));
+    return hn::OddEven(hn::BitCast(di16, odd), evenHigh);
+#endif
+}
+
+// Channels packed from pixel vectors of two source vectors come out in the
+// order of the x86 pack, which works within 16-byte blocks: block k holds
+// the first source vector's block k, then the second's.  On AVX2 the
+// three-byte members load the source's 16-byte pieces crosswise, so that the
+// pack gives pixel order; elsewhere the stores put the pixels in place.
+#if HWY_TARGET == HWY_AVX2
+template <int Pitch>
+constexpr bool kCrosswiseLoads = Pitch == 3;
+#else
+template <int Pitch>
+constexpr bool kCrosswiseLoads = false;
+#endif
+
+
+// Three channel vectors in pack order (pixel order where the loads were
+// crosswise or the vector is one block) stored as three-byte pixels.
+template <class DU8>
+HWY_INLINE void storePacked3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn::Vec<DU8> v2, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // Groups of 8 pixels (64-bit lanes) back in order.
+    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
+    storeInterleaved3(du8, hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v0.raw)},
+                      hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v1.raw)},
+                      hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v2.raw)}, dst);
+#else
+    storeInterleaved3(du8, v0, v1, v2, dst);
+#endif
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+// Three-byte pixels straight from the six 16-bit channel vectors of 64
+// pixels (c0, c1, c2 in memory order; `a` pixels 0..31, `b` 32..63), packed
+// so that each 64-byte output draws on as few of them as it can:
+// V1 = (c0a, c1a), V2 = (c2a, c0b), V3 = (c1b, c2b).  The first and the last
+// output then take one two-vector byte permute, the middle one two.
+struct ThreeChannelTables {
+    alignas(64) std::uint8_t first[64];    // output 0 from V1, V2
+    alignas(64) std::uint8_t middle[64];   // output 1 from V1, V2 ...
+    alignas(64) std::uint8_t middleV3[64]; // ... then from V3, keeping the rest
+    alignas(64) std::uint8_t last[64];     // output 2 from V2, V3
+};
+// Where channel c of pixel p lies: 0, 1 or 2 for V1..V3, and the byte lane.
+// The pack puts block k of its first operand (8 pixels) before block k of its second.
+struct ByteAt {
+    int vector, lane;
+};
+constexpr ByteAt threeChannelByte(int pixel, int channel)
+{
+    const bool upper = pixel >= 32;
+    const int i = pixel % 32, packedFirst = 16 * (i / 8) + i % 8, packedSecond = packedFirst + 8;
+    if (channel == 0) return upper ? ByteAt{1, packedSecond} : ByteAt{0, packedFirst};
+    if (channel == 1) return upper ? ByteAt{2, packedFirst} : ByteAt{0, packedSecond};
+    return upper ? ByteAt{2, packedSecond} : ByteAt{1, packedFirst};
+}
+constexpr ThreeChannelTables makeThreeChannelTables()
+{
+    ThreeChannelTables t{};
+    for (int j = 0; j < 64; ++j) {
+        const ByteAt a = threeChannelByte(j / 3, j % 3);
+        t.first[j] = static_cast<std::uint8_t>(64 * a.vector + a.lane);  // V1 or V2
+        const ByteAt b = threeChannelByte((64 + j) / 3, (64 + j) % 3);
+        t.middle[j] = static_cast<std::uint8_t>(b.vector == 2 ? j : 64 * b.vector + b.lane);
+        t.middleV3[j] = static_cast<std::uint8_t>(b.vector == 2 ? 64 + b.lane : j);
+        const ByteAt c = threeChannelByte((128 + j) / 3, (128 + j) % 3);
+        t.last[j] = static_cast<std::uint8_t>(64 * (c.vector - 1) + c.lane);  // V2 or V3
+    }
+    return t;
+}
+alignas(64) constexpr ThreeChannelTables kThreeChannel = makeThreeChannelTables();
+#endif
+
+// Three channels of two source vectors' pixels, as 16-bit results (c0, c1,
+// c2 in memory order), saturated to bytes and stored as three-byte pixels.
+template <int Pitch, class DU8, class VI16>
+HWY_INLINE void storeChannels3(DU8 du8, VI16 c0a, VI16 c0b, VI16 c1a, VI16 c1b, VI16 c2a, VI16 c2b, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i v1 = _mm512_packus_epi16(c0a.raw, c1a.raw), v2 = _mm512_packus_epi16(c2a.raw, c0b.raw),
+                  v3 = _mm512_packus_epi16(c1b.raw, c2b.raw);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(v1, _mm512_load_si512(kThreeChannel.first), v2));
+    const __m512i middle = _mm512_permutex2var_epi8(v1, _mm512_load_si512(kThreeChannel.middle), v2);
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(middle, _mm512_load_si512(kThreeChannel.middleV3), v3));
+    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(v2, _mm512_load_si512(kThreeChannel.last), v3));
+#else
+    storePacked3(du8, packBytes(du8, c0a, c0b), packBytes(du8, c1a, c1b), packBytes(du8, c2a, c2b), dst);
+#endif
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) and
+// (R, alpha) of 32 pixels hold every byte of their 128 output bytes, so each
+// 64-byte output takes one two-vector byte permute.
+struct FourChannelTables {
+    alignas(64) std::uint8_t index[2][64];  // outputs of pixels 0..15 and 16..31
+};
+constexpr FourChannelTables makeFourChannelTables()
+{
+    FourChannelTables t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            const int pixel = 16 * k + j / 4, channel = j % 4;
+            const int packed = 16 * (pixel / 8) + pixel % 8 + (channel % 2 ? 8 : 0);  // second operand 8 on
+            t.index[k][j] = static_cast<std::uint8_t>(channel >= 2 ? 64 + packed : packed);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr FourChannelTables kFourChannel = makeFourChannelTables();
+#endif
+
+// B, G, R and alpha of two source vectors' pixels, B, G, R as 16-bit results
+// and alpha as bytes, saturated and stored as four-byte pixels.
+template <class DU8, class VI16>
+HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, VI16 ra, VI16 rb, Kel8u alpha, Kel8u* dst);
+
+// B, G, R and alpha vectors in pack order stored as four-byte pixels.  Byte
+// and then 16-bit interleaving within blocks gives four vectors whose blocks
+// hold four whole pixels each; the last step puts the blocks in place.
+template <class DU8>
+HWY_INLINE void storePackedBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec<DU8> r, hn::Vec<DU8> a, Kel8u* dst)
+{
+    const hn::Repartition<std::uint16_t, DU8> du16;
+    const auto bgLow = hn::BitCast(du16, hn::InterleaveLower(du8, b, g));
+    const auto bgHigh = hn::BitCast(du16, hn::InterleaveUpper(du8, b, g));
+    const auto raLow = hn::BitCast(du16, hn::InterleaveLower(du8, r, a));
+    const auto raHigh = hn::BitCast(du16, hn::InterleaveUpper(du8, r, a));
+    const auto x0 = hn::BitCast(du8, hn::InterleaveLower(du16, bgLow, raLow));
+    const auto x1 = hn::BitCast(du8, hn::InterleaveUpper(du16, bgLow, raLow));
+    const auto x2 = hn::BitCast(du8, hn::InterleaveLower(du16, bgHigh, raHigh));
+    const auto x3 = hn::BitCast(du8, hn::InterleaveUpper(du16, bgHigh, raHigh));
+    const std::size_t n = hn::Lanes(du8);
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    // Block k of x0 holds pixels 8k..8k+3, of x1 8k+4..8k+7; x2 and x3 the same 32 pixels on.
+    const __m512i firstHalf = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+    const __m512i secondHalf = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+    hn::StoreU(hn::Vec<DU8>{_mm512_permutex2var_epi64(x0.raw, firstHalf, x1.raw)}, du8, dst);
+    hn::StoreU(hn::Vec<DU8>{_mm512_permutex2var_epi64(x0.raw, secondHalf, x1.raw)}, du8, dst + n);
+    hn::StoreU(hn::Vec<DU8>{_mm512_permutex2var_epi64(x2.raw, firstHalf, x3.raw)}, du8, dst + 2 * n);
+    hn::StoreU(hn::Vec<DU8>{_mm512_permutex2var_epi64(x2.raw, secondHalf, x3.raw)}, du8, dst + 3 * n);
+#elif HWY_TARGET == HWY_AVX2
+    // Block k of x0 holds pixels 8k..8k+3, of x1 8k+4..8k+7; x2 and x3 the same 16 pixels on.
+    hn::StoreU(hn::ConcatLowerLower(du8, x1, x0), du8, dst);
+    hn::StoreU(hn::ConcatUpperUpper(du8, x1, x0), du8, dst + n);
+    hn::StoreU(hn::ConcatLowerLower(du8, x3, x2), du8, dst + 2 * n);
+    hn::StoreU(hn::ConcatUpperUpper(du8, x3, x2), du8, dst + 3 * n);
+#else
+    static_assert(hn::MaxLanes(du8) <= 16, "one block");
+    hn::StoreU(x0, du8, dst);
+    hn::StoreU(x1, du8, dst + n);
+    hn::StoreU(x2, du8, dst + 2 * n);
+    hn::StoreU(x3, du8, dst + 3 * n);
+#endif
+}
+
+template <class DU8, class VI16>
+HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, VI16 ra, VI16 rb, Kel8u alpha, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i alphas = _mm512_set1_epi16(alpha);
+    const __m512i first = _mm512_load_si512(kFourChannel.index[0]), second = _mm512_load_si512(kFourChannel.index[1]);
+    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), raA = _mm512_packus_epi16(ra.raw, alphas);
+    const __m512i bgB = _mm512_packus_epi16(bb.raw, gb.raw), raB = _mm512_packus_epi16(rb.raw, alphas);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(bgA, first, raA));
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(bgA, second, raA));
+    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(bgB, first, raB));
+    _mm512_storeu_si512(dst + 192, _mm512_permutex2var_epi8(bgB, second, raB));
+#else
+    storePackedBGRA(du8, packBytes(du8, ba, bb), packBytes(du8, ga, gb), packBytes(du8, ra, rb), hn::Set(du8, alpha),
+                    dst);
+#endif
+}
+
+// Pixels of 4:2:2 pixel order, two source vectors a step: the lanes of each
+// source vector are read in place (a 32-bit lane is a pair, its 16-bit
+// halves its two pixels), the chroma bytes masked into (first, second)
+// 16-bit pairs and the luma bytes into the pixels' 16-bit lanes; see
+// channel422 for the sums.  Returns the pixels done, an even count that
+// leaves a lone last pixel its pair before, for the scalar kernel to finish.
+template <const InverseYCbCr& K, PairLayout L, ChannelOrder O, int Pitch>
+HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, Kel8u alpha)
+{
+    static_assert((O.r == 0 && O.b == 2) || (O.r == 2 && O.b == 0), "RGB or BGR");
+    static_assert(Pitch == 3 || (Pitch == 4 && O.b == 0), "three bytes, or B, G, R, alpha");
+    static_assert(L.cb % 2 == L.cr % 2 && L.y0 % 2 == L.y1 % 2 && L.cb % 2 != L.y0 % 2, "chroma and luma alternate");
+    constexpr bool kCrFirst = L.cr < L.cb;
+    static constexpr PairWeights kRed = pairWeights<kRedWeights<K>, kCrFirst>();
+    static constexpr PairWeights kGreen = pairWeights<kGreenWeights<K>, kCrFirst>();
+    static constexpr PairWeights kBlue = pairWeights<kBlueWeights<K>, kCrFirst>();
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step: two source vectors of two bytes a pixel
+
+    // One source vector to the channels' 16-bit results.
+    struct Channels {
+        hn::Vec<decltype(di16)> red, green, blue;
+    };
+    const auto convert = [&](const hn::Vec<decltype(du8)> bytes) {
+        const auto lanes = hn::BitCast(du32, bytes);
+        const auto words = hn::BitCast(du16, bytes);
+        const auto chroma = L.cb % 2 ? hn::ShiftRight<8>(lanes) : lanes;
+        const auto pairs = hn::BitCast(di16, hn::And(chroma, hn::Set(du32, 0x00FF00FFu)));
+        const auto lumaWords = L.y0 % 2 ? hn::ShiftRight<8>(words) : hn::And(words, hn::Set(du16, 0x00FF));
+        using Split = LumaSplit<K.luma>;
+        const auto lumaLanes = hn::BitCast(di16, Split::kQuarter ? hn::ShiftLeft<2>(lumaWords) : lumaWords);
+        const auto evenWeight = hn::BitCast(di16, hn::Set(di32, weightPair(Split::kWeight, 0)));
+        const auto oddWeight = hn::BitCast(di16, hn::Set(di32, weightPair(0, Split::kWeight)));
+        auto lumaEven = mulAdd(di32, lumaLanes, evenWeight, hn::Zero(di32));
+        auto lumaOdd = mulAdd(di32, lumaLanes, oddWeight, hn::Zero(di32));
+        if constexpr (!Split::kQuarter) {  // 65536 * Y: the sample moved to the upper half
+            const auto words32 = hn::BitCast(du32, lumaWords);
+            lumaEven = hn::Add(lumaEven, hn::BitCast(di32, hn::ShiftLeft<16>(words32)));
+            lumaOdd = hn::Add(lumaOdd, hn::BitCast(di32, hn::And(words32, hn::Set(du32, 0xFFFF0000u))));
+        }
+        const auto pairs32 = hn::BitCast(du32, pairs);
+        const PairLanes<std::remove_const_t<decltype(di32)>> shared{pairs, hn::BitCast(di32, hn::ShiftLeft<16>(pairs32)),
+                                               hn::BitCast(di32, hn::And(pairs32, hn::Set(du32, 0xFFFF0000u))),
+                                               lumaEven, lumaOdd};
+        return Channels{channel422<kRed>(di32, shared), channel422<kGreen>(di32, shared),
+                        channel422<kBlue>(di32, shared)};
+    };
+
+    const int vectorEnd = width & 1 ? width - 3 : width;
+    int x = 0;
+    for (; x + step <= vectorEnd; x += step) {
+        const Kel8u* pixels = src + 2 * x;
+        hn::Vec<decltype(du8)> first, second;
+        if constexpr (kCrosswiseLoads<Pitch>) {
+            const hn::Half<decltype(du8)> half;
+            const int quarter = step / 2;  // bytes of a half vector
+            first = hn::Combine(du8, hn::LoadU(half, pixels + 2 * quarter), hn::LoadU(half, pixels));
+            second = hn::Combine(du8, hn::LoadU(half, pixels + 3 * quarter), hn::LoadU(half, pixels + quarter));
+        } else {
+            first = hn::LoadU(du8, pixels);
+            second = hn::LoadU(du8, pixels + step);
+        }
+        const Channels a = convert(first), b = convert(second);
+        Kel8u* out = dst + Pitch * x;
+        if constexpr (Pitch == 4) {
+            storeChannelsBGRA(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, alpha, out);
+        } else if constexpr (O.r == 0) {
+            storeChannels3<Pitch>(du8, a.red, b.red, a.green, b.green, a.blue, b.blue, out);
+        } else {
+            storeChannels3<Pitch>(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, out);
+        }
+    }
+    return x;
+}
+
+// The members' row kernels: whole vectors, then the scalar kernel from the
+// first pixel left.
+void pixelRowYCbCr422ToRGB(const Kel8u* src, Kel8u* dst, int width)
+{
+    const int x = pairs422<inverseH, kYCbCrPair, kRGB, 3>(src, dst, width, 0);
+    if (x < width) innerYCbCrToRGB422_C2_C3R(src + 2 * x, dst + 3 * x, width - x);
+}
+
+void pixelRowYCrCb422ToRGB(const Kel8u* src, Kel8u* dst, int width)
+{
+    const int x = pairs422<inverseH, kYCrCbPair, kRGB, 3>(src, dst, width, 0);
+    if (x < width) innerYCrCbToRGB422_C2_C3R(src + 2 * x, dst + 3 * x, width - x);
+}
+
+void pixelRowYCbCr422ToBGR(const Kel8u* src, Kel8u* dst, int width)
+{
+    const int x = pairs422<inverseH, kYCbCrPair, kBGR, 3>(src, dst, width, 0);
+    if (x < width) innerYCbCr422ToBGR_8u_C2C3R(src + 2 * x, dst + 3 * x, width - x);
+}
+
+void pixelRowCbYCr422ToRGB(const Kel8u* src, Kel8u* dst, int width)
+{
+    const int x = pairs422<inverseR, kCbYCrPair, kRGB, 3>(src, dst, width, 0);
+    if (x < width) innerCbYCr422ToRGB_8u_C2C3R(src + 2 * x, dst + 3 * x, width - x);
+}
+
+void pixelRowYCbCr422ToBGRA(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha)
+{
+    const int x = pairs422<inverseH, kYCbCrPair, kBGR, 4>(src, dst, width, alpha);
+    if (x < width) innerYCbCr422ToBGR_8u_C2C4R(src + 2 * x, dst + 4 * x, width - x, alpha);
+}
+
+void pixelRowCbYCr422ToBGRA(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha)
+{
+    const int x = pairs422<inverseR, kCbYCrPair, kBGR, 4>(src, dst, width, alpha);
+    if (x < width) innerCbYCr422ToBGR_8u_C2AC4R(src + 2 * x, dst + 4 * x, width - x, alpha);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace kel
 HWY_AFTER_NAMESPACE();
@@ -107,6 +513,12 @@ namespace kel {
 
 HWY_EXPORT(rowPairYCbCr420ToRGB);
 HWY_EXPORT(rowPairYCbCr420ToBGR);
+HWY_EXPORT(pixelRowYCbCr422ToRGB);
+HWY_EXPORT(pixelRowYCrCb422ToRGB);
+HWY_EXPORT(pixelRowYCbCr422ToBGR);
+HWY_EXPORT(pixelRowCbYCr422ToRGB);
+HWY_EXPORT(pixelRowYCbCr422ToBGRA);
+HWY_EXPORT(pixelRowCbYCr422ToBGRA);
 
 RowPair420 chooseYCbCr420ToRGB()
 {
@@ -118,6 +530,42 @@ RowPair420 chooseYCbCr420ToBGR()
 {
     detectSimdTargets();
     return &HWY_DYNAMIC_DISPATCH(rowPairYCbCr420ToBGR);
+}
+
+PixelRow422 chooseYCbCr422ToRGB()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCbCr422ToRGB);
+}
+
+PixelRow422 chooseYCrCb422ToRGB()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCrCb422ToRGB);
+}
+
+PixelRow422 chooseYCbCr422ToBGR()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCbCr422ToBGR);
+}
+
+PixelRow422 chooseCbYCr422ToRGB()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowCbYCr422ToRGB);
+}
+
+PixelRow422Alpha chooseYCbCr422ToBGRA()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCbCr422ToBGRA);
+}
+
+PixelRow422Alpha chooseCbYCr422ToBGRA()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowCbYCr422ToBGRA);
 }
 
 } // namespace kel
@@ -135,6 +583,36 @@ RowPair420 chooseYCbCr420ToRGB()
 RowPair420 chooseYCbCr420ToBGR()
 {
     return innerYCbCr420ToBGR_8u_P3C3R;
+}
+
+PixelRow422 chooseYCbCr422ToRGB()
+{
+    return innerYCbCrToRGB422_C2_C3R;
+}
+
+PixelRow422 chooseYCrCb422ToRGB()
+{
+    return innerYCrCbToRGB422_C2_C3R;
+}
+
+PixelRow422 chooseYCbCr422ToBGR()
+{
+    return innerYCbCr422ToBGR_8u_C2C3R;
+}
+
+PixelRow422 chooseCbYCr422ToRGB()
+{
+    return innerCbYCr422ToRGB_8u_C2C3R;
+}
+
+PixelRow422Alpha chooseYCbCr422ToBGRA()
+{
+    return innerYCbCr422ToBGR_8u_C2C4R;
+}
+
+PixelRow422Alpha chooseCbYCr422ToBGRA()
+{
+    return innerCbYCr422ToBGR_8u_C2AC4R;
 }
 
 } // namespace kel

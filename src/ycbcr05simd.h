@@ -11,6 +11,17 @@ void innerYCbCr420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const 
 void innerYCbCr420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
                                  Kel8u* bottom, int width);
 
+// The scalar row kernels of 4:2:2 pixel order (ycbcr05.cpp): one packed row of
+// width pixels to three- or four-byte pixels.  A last single pixel takes its
+// missing chroma sample from the pair before, so a row they finish must hold
+// a pair before a lone last pixel.
+void innerYCbCrToRGB422_C2_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCrCbToRGB422_C2_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCr422ToBGR_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerCbYCr422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCr422ToBGR_8u_C2C4R(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha);
+void innerCbYCr422ToBGR_8u_C2AC4R(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha);
+
 namespace kel {
 
 using RowPair420 = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
@@ -20,5 +31,16 @@ using RowPair420 = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u
 // scalar kernel; the scalar kernel itself in a build without SIMD.
 RowPair420 chooseYCbCr420ToRGB();
 RowPair420 chooseYCbCr420ToBGR();
+
+using PixelRow422 = void (*)(const Kel8u* src, Kel8u* dst, int width);
+using PixelRow422Alpha = void (*)(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha);
+
+// The same for 4:2:2 pixel order, one member each.
+PixelRow422 chooseYCbCr422ToRGB();
+PixelRow422 chooseYCrCb422ToRGB();
+PixelRow422 chooseYCbCr422ToBGR();
+PixelRow422 chooseCbYCr422ToRGB();
+PixelRow422Alpha chooseYCbCr422ToBGRA();
+PixelRow422Alpha chooseCbYCr422ToBGRA();
 
 } // namespace kel
