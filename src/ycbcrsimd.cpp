@@ -1,0 +1,376 @@
+// Full-resolution RGB <-> YCbCr on whole vectors, in pixel order (C3, AC4) and
+// planes, compiled once for every SIMD target (foreach_target.h includes this file once a target).
+#include "ycbcrsimd.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "cbcrpx.h"
+#include "simd.h"
+
+#if KELCC_SIMD
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ycbcrsimd.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+#include "simdops-inl.h"
+#include "pairsimd-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kel {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- where a row's three channels lie -----------------------------------------------------------
+
+// A pixel-order row, Pitch bytes a pixel, the channels in bytes 0, 1 and 2.
+// A fourth byte is neither used nor changed: the store puts back what the
+// destination held.
+template <int Pitch>
+struct InPixelOrder {
+    static_assert(Pitch == 3 || Pitch == 4, "three or four bytes a pixel");
+    using Src = const Kel8u*;
+    using Dst = Kel8u*;
+    static constexpr int kPlanes = 1, kPitch = Pitch;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        if constexpr (Pitch == 3) {
+            hn::LoadInterleaved3(du8, row + 3 * x, first, second, third);
+        } else {
+            V alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, first, second, third, alpha);
+        }
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        if constexpr (Pitch == 3) {
+            storeInterleaved3(du8, first, second, third, row + 3 * x);
+        } else {
+            V kept0, kept1, kept2, alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, kept0, kept1, kept2, alpha);
+            hn::StoreInterleaved4(first, second, third, alpha, du8, row + 4 * x);
+        }
+    }
+    template <class Row>
+    static Row advance(Row row, int x)
+    {
+        return row + Pitch * x;
+    }
+    template <class Row>
+    static const Row* planes(const Row& row)
+    {
+        return &row;
+    }
+};
+
+// Three planes of one row, plane p at row[p].
+template <class T>
+struct PlanesFrom {
+    T* planes[3];
+    operator T* const*() const { return planes; }
+};
+
+struct InPlanes {
+    using Src = const Kel8u* const*;
+    using Dst = Kel8u* const*;
+    static constexpr int kPlanes = 3, kPitch = 1;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        first = hn::LoadU(du8, row[0] + x);
+        second = hn::LoadU(du8, row[1] + x);
+        third = hn::LoadU(du8, row[2] + x);
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        hn::StoreU(first, du8, row[0] + x);
+        hn::StoreU(second, du8, row[1] + x);
+        hn::StoreU(third, du8, row[2] + x);
+    }
+    template <class T>
+    static PlanesFrom<T> advance(T* const* row, int x)
+    {
+        return {{row[0] + x, row[1] + x, row[2] + x}};
+    }
+    template <class T>
+    static T* const* planes(T* const* row)
+    {
+        return row;
+    }
+};
+
+// ---- the arithmetic ------------------------------------------------------------------------------
+
+// RGB to YCbCr: the weights of lumaSum, blueDifference and redDifference
+// (cbcrpx.h) with the offsets of ForwardYCbCr, each channel
+//   (wR * R + wG * G + wB * B + offset) >> 16.
+struct ForwardWeights {
+    std::int32_t r, g, b, offset;
+};
+constexpr ForwardWeights kLuma{16843, 33030, 6423, 0x108000};
+constexpr ForwardWeights kBlueDifference{-9699, -19071, 28770, 0x808000};
+constexpr ForwardWeights kRedDifference{28770, -24117, -4653, 0x808000};
+
+// One forward channel of the pixels of `rg` (R, G pairs) and `bOne` (B, 1
+// pairs): red and blue weights are 16-bit values; green's weight and the
+// offset split as highPart * 65536 + lowPart, the low parts riding in the
+// multiply-adds (the offset's on the constant 1) and the high parts added
+// after the shift, since (s + 65536 * h) >> 16 = (s >> 16) + h exactly.  Each
+// product is below 2^24 and no pair holds -32768 twice, so the sums are the
+// scalar ones; they lie in 0 .. 2^24 and the results in 0..255.
+template <const ForwardWeights& W, class DI16>
+HWY_INLINE hn::Vec<DI16> forwardChannel(DI16 di16, const Halves<DI16>& rg, const Halves<DI16>& bOne,
+                                        hn::Vec<DI16> g)
+{
+    static_assert(W.r == static_cast<std::int16_t>(W.r) && W.b == static_cast<std::int16_t>(W.b), "16-bit weights");
+    const hn::Repartition<std::int32_t, DI16> di32;
+    constexpr std::int32_t rgWeights = weightPair(W.r, lowPart(W.g)), bOneWeights = weightPair(W.b, lowPart(W.offset));
+    const auto sum = [&](auto rgPairs, auto bOnePairs) {
+        return multiplyAdd(di32, rgPairs, rgWeights, multiplyAdd(di32, bOnePairs, bOneWeights, hn::Zero(di32)));
+    };
+    const auto shifted = upperHalves(di16, sum(rg.lower, bOne.lower), sum(rg.upper, bOne.upper));
+    return hn::Add(addMultiple<highPart(W.g)>(shifted, g), hn::Set(di16, static_cast<std::int16_t>(highPart(W.offset))));
+}
+
+struct ToYCbCr {
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V r, V g, V b, V& y, V& cb, V& cr)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const auto one = hn::Set(di16, 1);
+        const Halves<DI16> r16 = widenBytes(di16, r), g16 = widenBytes(di16, g), b16 = widenBytes(di16, b);
+        const auto half = [&](auto rh, auto gh, auto bh, auto& yh, auto& cbh, auto& crh) {
+            const auto rg = pairUp(di16, rh, gh), bOne = pairUp(di16, bh, one);
+            yh = forwardChannel<kLuma>(di16, rg, bOne, gh);
+            cbh = forwardChannel<kBlueDifference>(di16, rg, bOne, gh);
+            crh = forwardChannel<kRedDifference>(di16, rg, bOne, gh);
+        };
+        hn::Vec<DI16> yLower, yUpper, cbLower, cbUpper, crLower, crUpper;
+        half(r16.lower, g16.lower, b16.lower, yLower, cbLower, crLower);
+        half(r16.upper, g16.upper, b16.upper, yUpper, cbUpper, crUpper);
+        y = packBytes(du8, yLower, yUpper);
+        cb = packBytes(du8, cbLower, cbUpper);
+        cr = packBytes(du8, crLower, crUpper);
+    }
+};
+
+// YCbCr to RGB for a set whose luma weight is four times a 16-bit value, whose
+// chroma is centred on 128 and whose offsets are all -16 times the luma weight
+// (set T): then luma * Y + offset = (luma / 4) * 4 (Y - 16), one 16-bit
+// product of a value in -64..956.  Each chroma weight splits as highPart *
+// 65536 + lowPart; the low parts ride beside luma in the multiply-adds (green
+// takes two, the second with a zero luma weight), the high parts are added to
+// the shifted sum, since (s + 65536 * h) >> 16 = (s >> 16) + h exactly.  The
+// products stay below 2^25 and no pair holds -32768, so every sum is the
+// scalar one, floored the same; the results lie within -600..600, and the pack
+// saturates them to 0..255 as saturateByte does.
+template <const InverseYCbCr& K>
+struct ToRGB {
+    static_assert(K.chromaZero == 128 && K.luma % 4 == 0 && K.luma / 4 < 32768, "a quarter of the luma weight");
+    static_assert(K.offsetR == -16 * K.luma && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "offsets of 16");
+    static constexpr std::int32_t kLumaQuarter = K.luma / 4;
+
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V y, V cb, V cr, V& r, V& g, V& b)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const Halves<DI16> y16 = widenBytes(di16, y), cb16 = widenBytes(di16, cb), cr16 = widenBytes(di16, cr);
+        const auto sixtyFour = hn::Set(di16, 64), centre = hn::Set(di16, 128);
+        const auto half = [&](auto yh, auto cbh, auto crh, auto& rh, auto& gh, auto& bh) {
+            const auto luma = hn::Sub(hn::ShiftLeft<2>(yh), sixtyFour);  // 4 (Y - 16)
+            const auto dcb = hn::Sub(cbh, centre), dcr = hn::Sub(crh, centre);
+            const auto lumaCb = pairUp(di16, luma, dcb), lumaCr = pairUp(di16, luma, dcr);
+            const auto zero = hn::Zero(di32);
+            const auto channel = [&](const Halves<DI16>& pairs, std::int32_t weights) {
+                return upperHalves(di16, multiplyAdd(di32, pairs.lower, weights, zero),
+                                   multiplyAdd(di32, pairs.upper, weights, zero));
+            };
+            rh = addMultiple<highPart(K.crToR)>(channel(lumaCr, weightPair(kLumaQuarter, lowPart(K.crToR))), dcr);
+            bh = addMultiple<highPart(K.cbToB)>(channel(lumaCb, weightPair(kLumaQuarter, lowPart(K.cbToB))), dcb);
+            constexpr std::int32_t cbWeights = weightPair(kLumaQuarter, lowPart(-K.cbToG));
+            constexpr std::int32_t crWeights = weightPair(0, lowPart(-K.crToG));
+            const auto green = upperHalves(
+                di16, multiplyAdd(di32, lumaCr.lower, crWeights, multiplyAdd(di32, lumaCb.lower, cbWeights, zero)),
+                multiplyAdd(di32, lumaCr.upper, crWeights, multiplyAdd(di32, lumaCb.upper, cbWeights, zero)));
+            gh = addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr);
+        };
+        hn::Vec<DI16> rLower, rUpper, gLower, gUpper, bLower, bUpper;
+        half(y16.lower, cb16.lower, cr16.lower, rLower, gLower, bLower);
+        half(y16.upper, cb16.upper, cr16.upper, rUpper, gUpper, bUpper);
+        r = packBytes(du8, rLower, rUpper);
+        g = packBytes(du8, gLower, gUpper);
+        b = packBytes(du8, bLower, bUpper);
+    }
+};
+
+// ---- the row -------------------------------------------------------------------------------------
+
+// A vector of pixels a step: the three channels loaded, converted, stored.
+// The pixels after the last whole step go to the scalar kernel Tail itself,
+// compiled for the baseline, and so does a row whose destination overlaps
+// its source other than in place.
+template <class In, class Out, class Convert, auto Tail>
+HWY_INLINE void convertRow(typename In::Src src, typename Out::Dst dst, int width)
+{
+    const std::size_t pixels = static_cast<std::size_t>(width);
+    if (!inPlaceOrApart(In::planes(src), In::kPlanes, In::kPitch * pixels, Out::planes(dst), Out::kPlanes,
+                        Out::kPitch * pixels)) {
+        Tail(src, dst, width);
+        return;
+    }
+    const hn::ScalableTag<std::uint8_t> du8;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    int x = 0;
+    for (; x + step <= width; x += step) {
+        hn::Vec<decltype(du8)> a, b, c, first, second, third;
+        In::load(du8, src, x, a, b, c);
+        Convert::convert(du8, a, b, c, first, second, third);
+        Out::store(du8, dst, x, first, second, third);
+    }
+    if (x < width) Tail(In::advance(src, x), Out::advance(dst, x), width - x);
+}
+
+void rowRGBToYCbCr_C3(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertRow<InPixelOrder<3>, InPixelOrder<3>, ToYCbCr, innerRGBToYCbCr_C3_C3R>(src, dst, width);
+}
+
+void rowRGBToYCbCr_AC4(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertRow<InPixelOrder<4>, InPixelOrder<4>, ToYCbCr, innerRGBToYCbCr_AC4R>(src, dst, width);
+}
+
+void rowRGBToYCbCr_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)
+{
+    convertRow<InPlanes, InPlanes, ToYCbCr, innerRGBToYCbCr_C3P2_C3P2R>(src, dst, width);
+}
+
+void rowYCbCrToRGB_C3(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertRow<InPixelOrder<3>, InPixelOrder<3>, ToRGB<inverseT>, innerYCbCrToRGB_C3_C3R>(src, dst, width);
+}
+
+void rowYCbCrToRGB_AC4(const Kel8u* src, Kel8u* dst, int width)
+{
+    convertRow<InPixelOrder<4>, InPixelOrder<4>, ToRGB<inverseT>, innerYCbCrToRGB_AC4R>(src, dst, width);
+}
+
+void rowYCbCrToRGB_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)
+{
+    convertRow<InPlanes, InPlanes, ToRGB<inverseT>, innerYCbCrToRGB_C3P2_C3P2R>(src, dst, width);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace kel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kel {
+
+bool inPlaceOrApart(const Kel8u* const src[], int srcPlanes, std::size_t srcBytes, Kel8u* const dst[], int dstPlanes,
+                    std::size_t dstBytes)
+{
+    if (srcPlanes == 1 && dstPlanes == 1 && src[0] == dst[0] && srcBytes == dstBytes) return true;
+    for (int s = 0; s < srcPlanes; ++s) {
+        const auto source = reinterpret_cast<std::uintptr_t>(src[s]);
+        for (int d = 0; d < dstPlanes; ++d) {
+            const auto destination = reinterpret_cast<std::uintptr_t>(dst[d]);
+            if (source < destination + dstBytes && destination < source + srcBytes) return false;
+        }
+    }
+    return true;
+}
+
+HWY_EXPORT(rowRGBToYCbCr_C3);
+HWY_EXPORT(rowRGBToYCbCr_AC4);
+HWY_EXPORT(rowRGBToYCbCr_P3);
+HWY_EXPORT(rowYCbCrToRGB_C3);
+HWY_EXPORT(rowYCbCrToRGB_AC4);
+HWY_EXPORT(rowYCbCrToRGB_P3);
+
+PixelRow chooseRGBToYCbCr_C3()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYCbCr_C3);
+}
+
+PixelRow chooseRGBToYCbCr_AC4()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYCbCr_AC4);
+}
+
+PlaneRow chooseRGBToYCbCr_P3()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYCbCr_P3);
+}
+
+PixelRow chooseYCbCrToRGB_C3()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYCbCrToRGB_C3);
+}
+
+PixelRow chooseYCbCrToRGB_AC4()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYCbCrToRGB_AC4);
+}
+
+PlaneRow chooseYCbCrToRGB_P3()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYCbCrToRGB_P3);
+}
+
+} // namespace kel
+#endif // HWY_ONCE
+
+#else // a build without SIMD: the scalar kernels alone
+
+namespace kel {
+
+PixelRow chooseRGBToYCbCr_C3()
+{
+    return innerRGBToYCbCr_C3_C3R;
+}
+
+PixelRow chooseRGBToYCbCr_AC4()
+{
+    return innerRGBToYCbCr_AC4R;
+}
+
+PlaneRow chooseRGBToYCbCr_P3()
+{
+    return innerRGBToYCbCr_C3P2_C3P2R;
+}
+
+PixelRow chooseYCbCrToRGB_C3()
+{
+    return innerYCbCrToRGB_C3_C3R;
+}
+
+PixelRow chooseYCbCrToRGB_AC4()
+{
+    return innerYCbCrToRGB_AC4R;
+}
+
+PlaneRow chooseYCbCrToRGB_P3()
+{
+    return innerYCbCrToRGB_C3P2_C3P2R;
+}
+
+} // namespace kel
+
+#endif // KELCC_SIMD

@@ -1,0 +1,40 @@
+// Whole-vector kernels of full-resolution RGB <-> YCbCr, beside the scalar
+// kernels of ycbcr.cpp, which stay the reference and finish every row.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "kelcc.h"
+
+// The scalar row kernels (ycbcr.cpp).
+void innerRGBToYCbCr_C3_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYCbCr_AC4R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYCbCr_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
+void innerYCbCrToRGB_C3_C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCrToRGB_AC4R(const Kel8u* src, Kel8u* dst, int width);
+void innerYCbCrToRGB_C3P2_C3P2R(const Kel8u* const src[3], Kel8u* const dst[3], int width);
+
+namespace kel {
+
+using PixelRow = void (*)(const Kel8u* src, Kel8u* dst, int width);
+using PlaneRow = void (*)(const Kel8u* const src[3], Kel8u* const dst[3], int width);
+
+// The fastest row kernel this processor runs, the same bytes as the scalar
+// kernel; the scalar kernel itself in a build without SIMD.
+PixelRow chooseRGBToYCbCr_C3();
+PixelRow chooseRGBToYCbCr_AC4();
+PlaneRow chooseRGBToYCbCr_P3();
+PixelRow chooseYCbCrToRGB_C3();
+PixelRow chooseYCbCrToRGB_AC4();
+PlaneRow chooseYCbCrToRGB_P3();
+
+// The whole-vector kernels read a step of pixels before they write it, which
+// gives the scalar kernels' bytes when a destination row is its source row
+// (pixel order, converted in place) or shares no byte with it.  Rows that
+// overlap otherwise go to the scalar kernel.  Each row is given by its planes
+// (one for pixel order) and the bytes a plane's row spans.
+bool inPlaceOrApart(const Kel8u* const src[], int srcPlanes, std::size_t srcBytes, Kel8u* const dst[], int dstPlanes,
+                    std::size_t dstBytes);
+
+} // namespace kel
