@@ -1,6 +1,7 @@
 // Whole-vector operations of the full-resolution luma-chroma kernels: bytes
-// widened to 16 bits, 16-bit pairs multiply-added into exact 32-bit sums, and
-// the sums' upper halves brought back to 16 bits, all in one lane order.
+// widened to 16 bits, 16-bit pairs multiply-added into exact 32-bit sums, the
+// sums' upper halves brought back to 16 bits, all in one lane order; and the
+// row that loads, converts and stores three channels a step.
 //
 // Included once for every target from a file that includes foreach_target.h,
 // after simdops-inl.h; the guard follows Highway's convention for such headers.
@@ -17,6 +18,7 @@
 #include <hwy/highway.h>
 
 #include "kelcc.h"
+#include "pairsimd.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kel {
@@ -86,6 +88,116 @@ HWY_INLINE V addMultiple(V v, V sample)
     if constexpr (Multiple == 2) return hn::Add(v, hn::Add(sample, sample));
     if constexpr (Multiple == -2) return hn::Sub(v, hn::Add(sample, sample));
     return v;
+}
+
+// ---- where a row's three channels lie -----------------------------------------------------------
+
+// A pixel-order row, Pitch bytes a pixel, the channels in bytes 0, 1 and 2.
+// A fourth byte is neither used nor changed: the store puts back what the
+// destination held.
+template <int Pitch>
+struct InPixelOrder {
+    static_assert(Pitch == 3 || Pitch == 4, "three or four bytes a pixel");
+    using Src = const Kel8u*;
+    using Dst = Kel8u*;
+    static constexpr int kPlanes = 1, kPitch = Pitch;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        if constexpr (Pitch == 3) {
+            hn::LoadInterleaved3(du8, row + 3 * x, first, second, third);
+        } else {
+            V alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, first, second, third, alpha);
+        }
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        if constexpr (Pitch == 3) {
+            storeInterleaved3(du8, first, second, third, row + 3 * x);
+        } else {
+            V kept0, kept1, kept2, alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, kept0, kept1, kept2, alpha);
+            hn::StoreInterleaved4(first, second, third, alpha, du8, row + 4 * x);
+        }
+    }
+    template <class Row>
+    static Row advance(Row row, int x)
+    {
+        return row + Pitch * x;
+    }
+    template <class Row>
+    static const Row* planes(const Row& row)
+    {
+        return &row;
+    }
+};
+
+// Three planes of one row, plane p at row[p].
+template <class T>
+struct PlanesFrom {
+    T* planes[3];
+    operator T* const*() const { return planes; }
+};
+
+struct InPlanes {
+    using Src = const Kel8u* const*;
+    using Dst = Kel8u* const*;
+    static constexpr int kPlanes = 3, kPitch = 1;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        first = hn::LoadU(du8, row[0] + x);
+        second = hn::LoadU(du8, row[1] + x);
+        third = hn::LoadU(du8, row[2] + x);
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        hn::StoreU(first, du8, row[0] + x);
+        hn::StoreU(second, du8, row[1] + x);
+        hn::StoreU(third, du8, row[2] + x);
+    }
+    template <class T>
+    static PlanesFrom<T> advance(T* const* row, int x)
+    {
+        return {{row[0] + x, row[1] + x, row[2] + x}};
+    }
+    template <class T>
+    static T* const* planes(T* const* row)
+    {
+        return row;
+    }
+};
+
+// ---- the row -------------------------------------------------------------------------------------
+
+// A vector of pixels a step: the three channels loaded, converted, stored.
+// The pixels after the last whole step go to the scalar kernel Tail itself,
+// compiled for the baseline, and so does a row whose destination overlaps
+// its source other than in place.
+template <class In, class Out, class Convert, auto Tail>
+HWY_INLINE void convertRow(typename In::Src src, typename Out::Dst dst, int width)
+{
+    const std::size_t pixels = static_cast<std::size_t>(width);
+    if (!inPlaceOrApart(In::planes(src), In::kPlanes, In::kPitch * pixels, Out::planes(dst), Out::kPlanes,
+                        Out::kPitch * pixels)) {
+        Tail(src, dst, width);
+        return;
+    }
+    const hn::ScalableTag<std::uint8_t> du8;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    int x = 0;
+    for (; x + step <= width; x += step) {
+        hn::Vec<decltype(du8)> a, b, c, first, second, third;
+        In::load(du8, src, x, a, b, c);
+        Convert::convert(du8, a, b, c, first, second, third);
+        Out::store(du8, dst, x, first, second, third);
+    }
+    if (x < width) Tail(In::advance(src, x), Out::advance(dst, x), width - x);
 }
 
 } // namespace HWY_NAMESPACE

@@ -23,89 +23,6 @@ namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// ---- where a row's three channels lie -----------------------------------------------------------
-
-// A pixel-order row, Pitch bytes a pixel, the channels in bytes 0, 1 and 2.
-// A fourth byte is neither used nor changed: the store puts back what the
-// destination held.
-template <int Pitch>
-struct InPixelOrder {
-    static_assert(Pitch == 3 || Pitch == 4, "three or four bytes a pixel");
-    using Src = const Kel8u*;
-    using Dst = Kel8u*;
-    static constexpr int kPlanes = 1, kPitch = Pitch;
-
-    template <class DU8, class V>
-    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
-    {
-        if constexpr (Pitch == 3) {
-            hn::LoadInterleaved3(du8, row + 3 * x, first, second, third);
-        } else {
-            V alpha;
-            hn::LoadInterleaved4(du8, row + 4 * x, first, second, third, alpha);
-        }
-    }
-    template <class DU8, class V>
-    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
-    {
-        if constexpr (Pitch == 3) {
-            storeInterleaved3(du8, first, second, third, row + 3 * x);
-        } else {
-            V kept0, kept1, kept2, alpha;
-            hn::LoadInterleaved4(du8, row + 4 * x, kept0, kept1, kept2, alpha);
-            hn::StoreInterleaved4(first, second, third, alpha, du8, row + 4 * x);
-        }
-    }
-    template <class Row>
-    static Row advance(Row row, int x)
-    {
-        return row + Pitch * x;
-    }
-    template <class Row>
-    static const Row* planes(const Row& row)
-    {
-        return &row;
-    }
-};
-
-// Three planes of one row, plane p at row[p].
-template <class T>
-struct PlanesFrom {
-    T* planes[3];
-    operator T* const*() const { return planes; }
-};
-
-struct InPlanes {
-    using Src = const Kel8u* const*;
-    using Dst = Kel8u* const*;
-    static constexpr int kPlanes = 3, kPitch = 1;
-
-    template <class DU8, class V>
-    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
-    {
-        first = hn::LoadU(du8, row[0] + x);
-        second = hn::LoadU(du8, row[1] + x);
-        third = hn::LoadU(du8, row[2] + x);
-    }
-    template <class DU8, class V>
-    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
-    {
-        hn::StoreU(first, du8, row[0] + x);
-        hn::StoreU(second, du8, row[1] + x);
-        hn::StoreU(third, du8, row[2] + x);
-    }
-    template <class T>
-    static PlanesFrom<T> advance(T* const* row, int x)
-    {
-        return {{row[0] + x, row[1] + x, row[2] + x}};
-    }
-    template <class T>
-    static T* const* planes(T* const* row)
-    {
-        return row;
-    }
-};
-
 // ---- the arithmetic ------------------------------------------------------------------------------
 
 // RGB to YCbCr: the weights of lumaSum, blueDifference and redDifference
@@ -173,7 +90,7 @@ struct ToYCbCr {
 // scalar one, floored the same; the results lie within -600..600, and the pack
 // saturates them to 0..255 as saturateByte does.
 template <const InverseYCbCr& K>
-struct ToRGB {
+struct YCbCrToRGB {
     static_assert(K.chromaZero == 128 && K.luma % 4 == 0 && K.luma / 4 < 32768, "a quarter of the luma weight");
     static_assert(K.offsetR == -16 * K.luma && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "offsets of 16");
     static constexpr std::int32_t kLumaQuarter = K.luma / 4;
@@ -213,32 +130,7 @@ struct ToRGB {
     }
 };
 
-// ---- the row -------------------------------------------------------------------------------------
-
-// A vector of pixels a step: the three channels loaded, converted, stored.
-// The pixels after the last whole step go to the scalar kernel Tail itself,
-// compiled for the baseline, and so does a row whose destination overlaps
-// its source other than in place.
-template <class In, class Out, class Convert, auto Tail>
-HWY_INLINE void convertRow(typename In::Src src, typename Out::Dst dst, int width)
-{
-    const std::size_t pixels = static_cast<std::size_t>(width);
-    if (!inPlaceOrApart(In::planes(src), In::kPlanes, In::kPitch * pixels, Out::planes(dst), Out::kPlanes,
-                        Out::kPitch * pixels)) {
-        Tail(src, dst, width);
-        return;
-    }
-    const hn::ScalableTag<std::uint8_t> du8;
-    const int step = static_cast<int>(hn::Lanes(du8));
-    int x = 0;
-    for (; x + step <= width; x += step) {
-        hn::Vec<decltype(du8)> a, b, c, first, second, third;
-        In::load(du8, src, x, a, b, c);
-        Convert::convert(du8, a, b, c, first, second, third);
-        Out::store(du8, dst, x, first, second, third);
-    }
-    if (x < width) Tail(In::advance(src, x), Out::advance(dst, x), width - x);
-}
+// ---- the rows ----------------------------------------------------------------------------------------
 
 void rowRGBToYCbCr_C3(const Kel8u* src, Kel8u* dst, int width)
 {
@@ -257,17 +149,17 @@ void rowRGBToYCbCr_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)
 
 void rowYCbCrToRGB_C3(const Kel8u* src, Kel8u* dst, int width)
 {
-    convertRow<InPixelOrder<3>, InPixelOrder<3>, ToRGB<inverseT>, innerYCbCrToRGB_C3_C3R>(src, dst, width);
+    convertRow<InPixelOrder<3>, InPixelOrder<3>, YCbCrToRGB<inverseT>, innerYCbCrToRGB_C3_C3R>(src, dst, width);
 }
 
 void rowYCbCrToRGB_AC4(const Kel8u* src, Kel8u* dst, int width)
 {
-    convertRow<InPixelOrder<4>, InPixelOrder<4>, ToRGB<inverseT>, innerYCbCrToRGB_AC4R>(src, dst, width);
+    convertRow<InPixelOrder<4>, InPixelOrder<4>, YCbCrToRGB<inverseT>, innerYCbCrToRGB_AC4R>(src, dst, width);
 }
 
 void rowYCbCrToRGB_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)
 {
-    convertRow<InPlanes, InPlanes, ToRGB<inverseT>, innerYCbCrToRGB_C3P2_C3P2R>(src, dst, width);
+    convertRow<InPlanes, InPlanes, YCbCrToRGB<inverseT>, innerYCbCrToRGB_C3P2_C3P2R>(src, dst, width);
 }
 
 } // namespace HWY_NAMESPACE
@@ -276,20 +168,6 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace kel {
-
-bool inPlaceOrApart(const Kel8u* const src[], int srcPlanes, std::size_t srcBytes, Kel8u* const dst[], int dstPlanes,
-                    std::size_t dstBytes)
-{
-    if (srcPlanes == 1 && dstPlanes == 1 && src[0] == dst[0] && srcBytes == dstBytes) return true;
-    for (int s = 0; s < srcPlanes; ++s) {
-        const auto source = reinterpret_cast<std::uintptr_t>(src[s]);
-        for (int d = 0; d < dstPlanes; ++d) {
-            const auto destination = reinterpret_cast<std::uintptr_t>(dst[d]);
-            if (source < destination + dstBytes && destination < source + srcBytes) return false;
-        }
-    }
-    return true;
-}
 
 HWY_EXPORT(rowRGBToYCbCr_C3);
 HWY_EXPORT(rowRGBToYCbCr_AC4);

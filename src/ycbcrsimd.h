@@ -2,7 +2,6 @@
 // kernels of ycbcr.cpp, which stay the reference and finish every row.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 #include "kelcc.h"
@@ -28,13 +27,5 @@ PlaneRow chooseRGBToYCbCr_P3();
 PixelRow chooseYCbCrToRGB_C3();
 PixelRow chooseYCbCrToRGB_AC4();
 PlaneRow chooseYCbCrToRGB_P3();
-
-// The whole-vector kernels read a step of pixels before they write it, which
-// gives the scalar kernels' bytes when a destination row is its source row
-// (pixel order, converted in place) or shares no byte with it.  Rows that
-// overlap otherwise go to the scalar kernel.  Each row is given by its planes
-// (one for pixel order) and the bytes a plane's row spans.
-bool inPlaceOrApart(const Kel8u* const src[], int srcPlanes, std::size_t srcBytes, Kel8u* const dst[], int dstPlanes,
-                    std::size_t dstBytes);
 
 } // namespace kel
