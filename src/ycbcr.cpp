@@ -141,9 +141,10 @@ void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* con
 void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlanesToPixelRow row = chooseYCbCrToRGB_P3C3();
     forEachRow(height, [&](int y) {
         const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
-        innerYCbCrToRGB_8u_P3C3R(srcRow, rowAt(pDst, dstStep, y), width);
+        row(srcRow, rowAt(pDst, dstStep, y), width);
     });
 }
 

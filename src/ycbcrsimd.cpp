@@ -79,21 +79,26 @@ struct ToYCbCr {
     }
 };
 
-// YCbCr to RGB for a set whose luma weight is four times a 16-bit value, whose
-// chroma is centred on 128 and whose offsets are all -16 times the luma weight
-// (set T): then luma * Y + offset = (luma / 4) * 4 (Y - 16), one 16-bit
-// product of a value in -64..956.  Each chroma weight splits as highPart *
-// 65536 + lowPart; the low parts ride beside luma in the multiply-adds (green
-// takes two, the second with a zero luma weight), the high parts are added to
-// the shifted sum, since (s + 65536 * h) >> 16 = (s >> 16) + h exactly.  The
-// products stay below 2^25 and no pair holds -32768, so every sum is the
-// scalar one, floored the same; the results lie within -600..600, and the pack
-// saturates them to 0..255 as saturateByte does.
+// YCbCr to RGB for a set whose chroma is centred on 128 and whose offsets are
+// all -16 times the luma weight, plus a rounding half or not (sets T and R):
+// then luma * Y + offset = luma * (Y - 16) + rounding.  Set T's luma weight is
+// four times a 16-bit value, one product (luma / 4) * 4 (Y - 16) of a value in
+// -64..956; set R's splits as 65536 + 10746 like the chroma weights.  Each
+// weight splits as highPart * 65536 + lowPart; the low parts ride in the
+// multiply-adds, luma's beside a chroma weight's (green takes two, the second
+// with a zero luma weight), the rounding half in the sum they start from, and
+// the high parts are added to the shifted sum, since (s + 65536 * h) >> 16 =
+// (s >> 16) + h exactly.  The products stay below 2^25 and no pair holds
+// -32768, so every sum is the scalar one, floored the same; the results lie
+// within -600..600, and the pack saturates them to 0..255 as saturateByte does.
 template <const InverseYCbCr& K>
 struct YCbCrToRGB {
-    static_assert(K.chromaZero == 128 && K.luma % 4 == 0 && K.luma / 4 < 32768, "a quarter of the luma weight");
-    static_assert(K.offsetR == -16 * K.luma && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "offsets of 16");
-    static constexpr std::int32_t kLumaQuarter = K.luma / 4;
+    static_assert(K.chromaZero == 128 && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "one offset, centred chroma");
+    static constexpr std::int32_t kRounding = K.offsetR + 16 * K.luma;
+    static_assert(kRounding == 0 || kRounding == 32768, "offsets of 16, rounding or not");
+    static constexpr bool kQuarter = K.luma % 4 == 0 && K.luma / 4 < 32768;
+    static constexpr std::int32_t kLumaWeight = kQuarter ? K.luma / 4 : lowPart(K.luma);
+    static constexpr std::int32_t kLumaHigh = kQuarter ? 0 : highPart(K.luma);
 
     template <class DU8, class V = hn::Vec<DU8>>
     static HWY_INLINE void convert(DU8 du8, V y, V cb, V cr, V& r, V& g, V& b)
@@ -102,24 +107,28 @@ struct YCbCrToRGB {
         const DI16 di16;
         const hn::Repartition<std::int32_t, DU8> di32;
         const Halves<DI16> y16 = widenBytes(di16, y), cb16 = widenBytes(di16, cb), cr16 = widenBytes(di16, cr);
-        const auto sixtyFour = hn::Set(di16, 64), centre = hn::Set(di16, 128);
+        const auto sixteen = hn::Set(di16, 16), centre = hn::Set(di16, 128);
+        const auto rounding = hn::Set(di32, kRounding);
         const auto half = [&](auto yh, auto cbh, auto crh, auto& rh, auto& gh, auto& bh) {
-            const auto luma = hn::Sub(hn::ShiftLeft<2>(yh), sixtyFour);  // 4 (Y - 16)
+            const auto above = hn::Sub(yh, sixteen);
+            const auto luma = kQuarter ? hn::ShiftLeft<2>(above) : above;
             const auto dcb = hn::Sub(cbh, centre), dcr = hn::Sub(crh, centre);
             const auto lumaCb = pairUp(di16, luma, dcb), lumaCr = pairUp(di16, luma, dcr);
-            const auto zero = hn::Zero(di32);
             const auto channel = [&](const Halves<DI16>& pairs, std::int32_t weights) {
-                return upperHalves(di16, multiplyAdd(di32, pairs.lower, weights, zero),
-                                   multiplyAdd(di32, pairs.upper, weights, zero));
+                return upperHalves(di16, multiplyAdd(di32, pairs.lower, weights, rounding),
+                                   multiplyAdd(di32, pairs.upper, weights, rounding));
             };
-            rh = addMultiple<highPart(K.crToR)>(channel(lumaCr, weightPair(kLumaQuarter, lowPart(K.crToR))), dcr);
-            bh = addMultiple<highPart(K.cbToB)>(channel(lumaCb, weightPair(kLumaQuarter, lowPart(K.cbToB))), dcb);
-            constexpr std::int32_t cbWeights = weightPair(kLumaQuarter, lowPart(-K.cbToG));
+            const auto red = channel(lumaCr, weightPair(kLumaWeight, lowPart(K.crToR)));
+            rh = addMultiple<kLumaHigh>(addMultiple<highPart(K.crToR)>(red, dcr), above);
+            const auto blue = channel(lumaCb, weightPair(kLumaWeight, lowPart(K.cbToB)));
+            bh = addMultiple<kLumaHigh>(addMultiple<highPart(K.cbToB)>(blue, dcb), above);
+            constexpr std::int32_t cbWeights = weightPair(kLumaWeight, lowPart(-K.cbToG));
             constexpr std::int32_t crWeights = weightPair(0, lowPart(-K.crToG));
             const auto green = upperHalves(
-                di16, multiplyAdd(di32, lumaCr.lower, crWeights, multiplyAdd(di32, lumaCb.lower, cbWeights, zero)),
-                multiplyAdd(di32, lumaCr.upper, crWeights, multiplyAdd(di32, lumaCb.upper, cbWeights, zero)));
-            gh = addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr);
+                di16, multiplyAdd(di32, lumaCr.lower, crWeights, multiplyAdd(di32, lumaCb.lower, cbWeights, rounding)),
+                multiplyAdd(di32, lumaCr.upper, crWeights, multiplyAdd(di32, lumaCb.upper, cbWeights, rounding)));
+            gh = addMultiple<kLumaHigh>(
+                addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr), above);
         };
         hn::Vec<DI16> rLower, rUpper, gLower, gUpper, bLower, bUpper;
         half(y16.lower, cb16.lower, cr16.lower, rLower, gLower, bLower);
@@ -162,6 +171,12 @@ void rowYCbCrToRGB_P3(const Kel8u* const src[3], Kel8u* const dst[3], int width)
     convertRow<InPlanes, InPlanes, YCbCrToRGB<inverseT>, innerYCbCrToRGB_C3P2_C3P2R>(src, dst, width);
 }
 
+// Planes to pixel order takes set R, as its scalar kernel does.
+void rowYCbCrToRGB_P3C3(const Kel8u* const src[3], Kel8u* dst, int width)
+{
+    convertRow<InPlanes, InPixelOrder<3>, YCbCrToRGB<inverseR>, innerYCbCrToRGB_8u_P3C3R>(src, dst, width);
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace kel
 HWY_AFTER_NAMESPACE();
@@ -175,6 +190,7 @@ HWY_EXPORT(rowRGBToYCbCr_P3);
 HWY_EXPORT(rowYCbCrToRGB_C3);
 HWY_EXPORT(rowYCbCrToRGB_AC4);
 HWY_EXPORT(rowYCbCrToRGB_P3);
+HWY_EXPORT(rowYCbCrToRGB_P3C3);
 
 PixelRow chooseRGBToYCbCr_C3()
 {
@@ -212,6 +228,12 @@ PlaneRow chooseYCbCrToRGB_P3()
     return &HWY_DYNAMIC_DISPATCH(rowYCbCrToRGB_P3);
 }
 
+PlanesToPixelRow chooseYCbCrToRGB_P3C3()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYCbCrToRGB_P3C3);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -247,6 +269,11 @@ PixelRow chooseYCbCrToRGB_AC4()
 PlaneRow chooseYCbCrToRGB_P3()
 {
     return innerYCbCrToRGB_C3P2_C3P2R;
+}
+
+PlanesToPixelRow chooseYCbCrToRGB_P3C3()
+{
+    return innerYCbCrToRGB_8u_P3C3R;
 }
 
 } // namespace kel

@@ -16,6 +16,7 @@ namespace {
 
 using kel::PixelRow;
 using kel::PlaneRow;
+using kel::PlanesToPixelRow;
 using PixelCall = KelResult (*)(const Kel8u*, int, Kel8u*, int, KelImageSize);
 using PlaneCall = KelResult (*)(const Kel8u* const*, int, Kel8u* const*, int, KelImageSize);
 
@@ -83,6 +84,7 @@ TEST(SimdYCbCr, EveryTargetHasItsOwnKernel)
     };
     for (const PixelMember& m : kPixelMembers) count(m.choose, m.name);
     for (const PlaneMember& m : kPlaneMembers) count(m.choose, m.name);
+    count(kel::chooseYCbCrToRGB_P3C3, "YCbCrToRGB_P3C3R");
 }
 
 // The row kernel alone: the same bytes as the scalar kernel, and nothing
@@ -177,6 +179,39 @@ TEST(SimdYCbCr, PlanePublicFunctionsMatchScalarKernelAtEverySize)
             }
         });
     }
+}
+
+// Planes to pixel order (set R): the row kernel and the public function.
+TEST(SimdYCbCr, PlanesToPixelsMatchScalarKernelAtEveryWidthAndSize)
+{
+    const PlanesToPixelRow scalar = innerYCbCrToRGB_8u_P3C3R;
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (int width : testWidths()) {
+            for (int lead = 0; lead < 4; ++lead) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
+                Buffer src(3, width + 5, lead, gen), fast(1, 3 * width + 1, 3 - lead, gen);
+                Buffer expected = fast;
+                const Kel8u* const srcRows[3] = {src.row(2), src.row(0), src.row(1)};
+                kel::chooseYCbCrToRGB_P3C3()(srcRows, fast.row(0), width);
+                scalar(srcRows, expected.row(0), width);
+                ASSERT_TRUE(fast.bytes == expected.bytes) << target << ", width " << width << ", lead " << lead;
+            }
+            if (width == 0) continue;
+            for (int height = 1; height <= 9; ++height) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
+                const int srcStep = width + 7 + (width & 1), dstStep = 3 * width + 3 + (width & 1);
+                Buffer src(3 * height, srcStep, 2, gen), dst(height, dstStep, 1, gen);
+                Buffer expected = dst;
+                for (int y = 0; y < height; ++y) {
+                    const Kel8u* const srcRows[3] = {src.row(y), src.row(height + y), src.row(2 * height + y)};
+                    scalar(srcRows, expected.row(y), width);
+                }
+                const Kel8u* const srcPlanes[3] = {src.row(0), src.row(height), src.row(2 * height)};
+                ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3C3R(srcPlanes, srcStep, dst.row(0), dstStep, {width, height}));
+                ASSERT_TRUE(dst.bytes == expected.bytes) << target << ", " << width << " x " << height;
+            }
+        }
+    });
 }
 
 // A destination that is its source converts in place; one that overlaps it a
@@ -277,6 +312,35 @@ TEST(SimdYCbCr, EveryRGBMatchesTheFormula)
 TEST(SimdYCbCr, EveryYCbCrOfSetTMatchesTheFormula)
 {
     expectEveryTriple<InverseFormula>(keliYCbCrToRGB_8u_C3R, "YCbCrToRGB");
+}
+
+// Every (Y, Cb, Cr) of set R, as three 4096 x 4096 planes.
+TEST(SimdYCbCr, EveryYCbCrOfSetRMatchesTheFormula)
+{
+    constexpr int kSide = 4096;
+    constexpr std::size_t kPixels = std::size_t{1} << 24;
+    std::vector<Kel8u> planes(3 * kPixels), expected(3 * kPixels);
+    using Formula = kel::InverseRGB<kel::inverseR>;
+    for (std::uint32_t i = 0; i < kPixels; ++i) {
+        const Kel8u y = static_cast<Kel8u>(i >> 16), cb = static_cast<Kel8u>(i >> 8), cr = static_cast<Kel8u>(i);
+        planes[i] = y;
+        planes[kPixels + i] = cb;
+        planes[2 * kPixels + i] = cr;
+        expected[3 * i + 0] = Formula::r(y, cb, cr);
+        expected[3 * i + 1] = Formula::g(y, cb, cr);
+        expected[3 * i + 2] = Formula::b(y, cb, cr);
+    }
+    const Kel8u* const src[3] = {planes.data(), planes.data() + kPixels, planes.data() + 2 * kPixels};
+    kt::forEachSimdTarget([&](const std::string& target) {
+        std::vector<Kel8u> rgb(expected.size());
+        ASSERT_EQ(kelOk, keliYCbCrToRGB_8u_P3C3R(src, kSide, rgb.data(), 3 * kSide, {kSide, kSide}));
+        if (rgb == expected) return;
+        for (std::size_t i = 0; i < rgb.size(); ++i) {
+            const std::size_t at = i / 3;
+            ASSERT_EQ(expected[i], rgb[i]) << target << ": Y " << int(planes[at]) << ", Cb " << int(planes[kPixels + at])
+                                           << ", Cr " << int(planes[2 * kPixels + at]) << ", channel " << i % 3;
+        }
+    });
 }
 
 } // namespace
