@@ -13,7 +13,6 @@
 #endif
 
 #include <cstdint>
-#include <utility>
 
 #include <hwy/highway.h>
 
