@@ -6,6 +6,7 @@
 #include "callframe.h"
 #include "cbcrpx.h"
 #include "rowstore.h"
+#include "ycbcrsimd.h"
 
 using namespace kel;
 
@@ -84,14 +85,20 @@ KEL_API KelResult keliYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcSte
 
 // ---- row layers: the plain walk over rows, row 0 first ----------------------
 
+// Each takes its row kernel once per call: the whole-vector kernel of the
+// processor's best target, which finishes every row with the scalar kernel
+// below and gives its bytes (ycbcrsimd.cpp).
+
 void myRGBToYCbCr_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerRGBToYCbCr_C3_C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const PixelRow row = chooseRGBToYCbCr_C3();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myRGBToYCbCr_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerRGBToYCbCr_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const PixelRow row = chooseRGBToYCbCr_AC4();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 // Planar images: every plane steps by the one stride its image has.
@@ -99,40 +106,45 @@ void myRGBToYCbCr_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* con
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
     const PlaneRows<Kel8u> dst(pDst, dstStep);
+    const PlaneRow row = chooseRGBToYCbCr_P3();
     forEachRow(height, [&](int y) {
         const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
         Kel8u* const dstRow[3] = {dst.row(0, y), dst.row(1, y), dst.row(2, y)};
-        innerRGBToYCbCr_C3P2_C3P2R(srcRow, dstRow, width);
+        row(srcRow, dstRow, width);
     });
 }
 
 void myYCbCrToRGB_C3_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerYCbCrToRGB_C3_C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const PixelRow row = chooseYCbCrToRGB_C3();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myYCbCrToRGBA_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) { innerYCbCrToRGB_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const PixelRow row = chooseYCbCrToRGB_AC4();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 void myYCbCrToRGB_C3P2_C3P2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
     const PlaneRows<Kel8u> dst(pDst, dstStep);
+    const PlaneRow row = chooseYCbCrToRGB_P3();
     forEachRow(height, [&](int y) {
         const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
         Kel8u* const dstRow[3] = {dst.row(0, y), dst.row(1, y), dst.row(2, y)};
-        innerYCbCrToRGB_C3P2_C3P2R(srcRow, dstRow, width);
+        row(srcRow, dstRow, width);
     });
 }
 
 void myYCbCrToRGB_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlanesToPixelRow row = chooseYCbCrToRGB_P3C3();
     forEachRow(height, [&](int y) {
         const Kel8u* const srcRow[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
-        innerYCbCrToRGB_8u_P3C3R(srcRow, rowAt(pDst, dstStep, y), width);
+        row(srcRow, rowAt(pDst, dstStep, y), width);
     });
 }
 

@@ -3,25 +3,27 @@
 #include <cstdint>
 
 #include "callframe.h"
+#include "yuv01simd.h"
 #include "yuvconv.h"
 
 using namespace kel;
 using namespace kel::yuv;
 
-// Every member: public function, row layer, kernel, then the source and
-// destination argument types (plane arrays carry one stride for all planes).
-#define KEL_YUV_MEMBERS(X)                                                                                            \
-    X(keliRGBToYUV_8u_C3R, myRGBToYUV_8u_C3R, innerRGBToYUV_8u_C3R, const Kel8u*, Kel8u*)                            \
-    X(keliRGBToYUV_8u_AC4R, myRGBToYUV_8u_AC4R, innerRGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)                         \
-    X(keliRGBToYUV_8u_P3R, myRGBToYUV_8u_P3R, innerRGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)              \
-    X(keliRGBToYUV_8u_C3P3R, myRGBToYUV_8u_C3P3R, innerRGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*)               \
-    X(keliYUVToRGB_8u_C3R, myYUVToRGB_8u_C3R, innerYUVToRGB_8u_C3R, const Kel8u*, Kel8u*)                            \
-    X(keliYUVToRGB_8u_AC4R, myYUVToRGB_8u_AC4R, innerYUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)                         \
-    X(keliYUVToRGB_8u_P3R, myYUVToRGB_8u_P3R, innerYUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)              \
-    X(keliYUVToRGB_8u_P3C3R, myYUVToRGB_8u_P3C3R, innerYUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
+// Every member: public function, row layer, scalar kernel, the chooser of its
+// row kernel (yuv01simd.h), then the source and destination argument types
+// (plane arrays carry one stride for all planes).
+#define KEL_YUV_MEMBERS(X)                                                                                                      \
+    X(keliRGBToYUV_8u_C3R, myRGBToYUV_8u_C3R, innerRGBToYUV_8u_C3R, chooseRGBToYUV_8u_C3R, const Kel8u*, Kel8u*)                \
+    X(keliRGBToYUV_8u_AC4R, myRGBToYUV_8u_AC4R, innerRGBToYUV_8u_AC4R, chooseRGBToYUV_8u_AC4R, const Kel8u*, Kel8u*)            \
+    X(keliRGBToYUV_8u_P3R, myRGBToYUV_8u_P3R, innerRGBToYUV_8u_P3R, chooseRGBToYUV_8u_P3R, const Kel8u* const*, Kel8u* const*)  \
+    X(keliRGBToYUV_8u_C3P3R, myRGBToYUV_8u_C3P3R, innerRGBToYUV_8u_C3P3R, chooseRGBToYUV_8u_C3P3R, const Kel8u*, Kel8u* const*) \
+    X(keliYUVToRGB_8u_C3R, myYUVToRGB_8u_C3R, innerYUVToRGB_8u_C3R, chooseYUVToRGB_8u_C3R, const Kel8u*, Kel8u*)                \
+    X(keliYUVToRGB_8u_AC4R, myYUVToRGB_8u_AC4R, innerYUVToRGB_8u_AC4R, chooseYUVToRGB_8u_AC4R, const Kel8u*, Kel8u*)            \
+    X(keliYUVToRGB_8u_P3R, myYUVToRGB_8u_P3R, innerYUVToRGB_8u_P3R, chooseYUVToRGB_8u_P3R, const Kel8u* const*, Kel8u* const*)  \
+    X(keliYUVToRGB_8u_P3C3R, myYUVToRGB_8u_P3C3R, innerYUVToRGB_8u_P3C3R, chooseYUVToRGB_8u_P3C3R, const Kel8u* const*, Kel8u*)
 
-#define KEL_YUV_DECLARE(publicName, rowLayer, kernel, Src, Dst)                                                       \
-    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height);                               \
+#define KEL_YUV_DECLARE(publicName, rowLayer, kernel, chooser, Src, Dst)                                                        \
+    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height);                                         \
     void kernel(Src src, Dst dst, int width);
 KEL_YUV_MEMBERS(KEL_YUV_DECLARE)
 #undef KEL_YUV_DECLARE
@@ -29,12 +31,12 @@ KEL_YUV_MEMBERS(KEL_YUV_DECLARE)
 // ---- public functions ---------------------------------------------------------------------
 
 // Null pointers (a plane array's own address), the size, then the planes.
-#define KEL_YUV_PUBLIC(publicName, rowLayer, kernel, Src, Dst)                                                        \
-    KEL_API KelResult publicName(Src pSrc, int srcStep, Dst pDst, int dstStep, KelImageSize roiSize)                  \
-    {                                                                                                                 \
-        if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;                         \
-        rowLayer(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);                                        \
-        return kelOk;                                                                                                 \
+#define KEL_YUV_PUBLIC(publicName, rowLayer, kernel, chooser, Src, Dst)                                                         \
+    KEL_API KelResult publicName(Src pSrc, int srcStep, Dst pDst, int dstStep, KelImageSize roiSize)                            \
+    {                                                                                                                           \
+        if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;                                   \
+        rowLayer(pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);                                                  \
+        return kelOk;                                                                                                           \
     }
 extern "C" {
 KEL_YUV_MEMBERS(KEL_YUV_PUBLIC)
@@ -42,6 +44,10 @@ KEL_YUV_MEMBERS(KEL_YUV_PUBLIC)
 #undef KEL_YUV_PUBLIC
 
 // ---- row layers: the plain row walk, one stride for every plane ---------------------------
+
+// Each takes its row kernel once per call: the whole-vector kernel of the
+// processor's best target, which finishes every row with the scalar kernel
+// below and gives its bytes (yuv01simd.cpp).
 
 namespace {
 
@@ -73,10 +79,10 @@ void walkRows(void (*kernel)(Src, Dst, int), Src pSrc, int srcStep, Dst pDst, in
 
 } // namespace
 
-#define KEL_YUV_ROWS(publicName, rowLayer, kernel, Src, Dst)                                                          \
-    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height)                                \
-    {                                                                                                                 \
-        walkRows(kernel, pSrc, srcStep, pDst, dstStep, width, height);                                                \
+#define KEL_YUV_ROWS(publicName, rowLayer, kernel, chooser, Src, Dst)                                                           \
+    void rowLayer(Src pSrc, int srcStep, Dst pDst, int dstStep, int width, int height)                                          \
+    {                                                                                                                           \
+        walkRows(kel::chooser(), pSrc, srcStep, pDst, dstStep, width, height);                                                  \
     }
 KEL_YUV_MEMBERS(KEL_YUV_ROWS)
 #undef KEL_YUV_ROWS

@@ -1,0 +1,251 @@
+// Whole-vector operations of the full-resolution luma-chroma kernels: bytes
+// widened to 16 bits, 16-bit pairs multiply-added into exact 32-bit sums, the
+// sums' upper halves brought back to 16 bits, all in one lane order; and the
+// row that loads, converts and stores three channels a step.
+//
+// Included once for every target from a file that includes foreach_target.h,
+// after simdops-inl.h; the guard follows Highway's convention for such headers.
+#if defined(KELCC_PAIRSIMD_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef KELCC_PAIRSIMD_INL_H_
+#undef KELCC_PAIRSIMD_INL_H_
+#else
+#define KELCC_PAIRSIMD_INL_H_
+#endif
+
+#include <cstdint>
+
+#include <hwy/highway.h>
+
+#include "kelcc.h"
+#include "pairsimd.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kel {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// The lane order all of these keep: a vector of bytes is widened by zipping
+// within 16-byte blocks (`lower` the first half of each block, `upper` the
+// second), 16-bit vectors are paired the same way, and the two x86 packs, also
+// within blocks, undo each zip.  A pixel's 16-bit lane and its 32-bit lane thus
+// always come back to its byte's place.
+
+template <class DI16>
+struct Halves {
+    hn::Vec<DI16> lower, upper;
+};
+
+// Bytes as signed 16-bit values 0..255.
+template <class DI16>
+HWY_INLINE Halves<DI16> widenBytes(DI16 di16, hn::Vec<hn::Repartition<std::uint8_t, DI16>> bytes)
+{
+    const hn::RebindToUnsigned<DI16> du16;
+    const auto zero = hn::Zero(hn::Repartition<std::uint8_t, DI16>());
+    return {hn::BitCast(di16, hn::ZipLower(du16, bytes, zero)), hn::BitCast(di16, hn::ZipUpper(du16, bytes, zero))};
+}
+
+// (first, second) side by side in each 32-bit lane, first in the lower half,
+// for a 16-bit multiply-add with a weightPair(first weight, second weight).
+template <class DI16>
+HWY_INLINE Halves<DI16> pairUp(DI16 di16, hn::Vec<DI16> first, hn::Vec<DI16> second)
+{
+    const hn::Repartition<std::int32_t, DI16> di32;
+    return {hn::BitCast(di16, hn::ZipLower(di32, first, second)), hn::BitCast(di16, hn::ZipUpper(di32, first, second))};
+}
+
+// acc + first * w.first + second * w.second in every 32-bit lane (pmaddwd).
+// The caller keeps every product and the sum inside 32 bits and never pairs
+// -32768 with -32768, the one case where the instruction saturates.
+template <class DI32>
+HWY_INLINE hn::Vec<DI32> multiplyAdd(DI32 di32, hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs,
+                                     std::int32_t weights, hn::Vec<DI32> acc)
+{
+    const hn::Repartition<std::int16_t, DI32> di16;
+    auto other = hn::Zero(di32);
+    const auto sum = hn::ReorderWidenMulAccumulate(di32, pairs, hn::BitCast(di16, hn::Set(di32, weights)), acc, other);
+    return hn::RearrangeToOddPlusEven(sum, other);
+}
+
+// floor(sum / 65536) of the sums of `lower` and `upper` pairs, back in the
+// order of the 16-bit vector they were paired from.  The arithmetic shift is
+// the floor; the pack saturates, so callers keep the results within 16 bits.
+template <class DI16>
+HWY_INLINE hn::Vec<DI16> upperHalves(DI16 di16, hn::Vec<hn::Repartition<std::int32_t, DI16>> lower,
+                                     hn::Vec<hn::Repartition<std::int32_t, DI16>> upper)
+{
+    return hn::ReorderDemote2To(di16, hn::ShiftRight<16>(lower), hn::ShiftRight<16>(upper));
+}
+
+// v + Multiple * sample, for the small multiples of 65536 that a coefficient's
+// split leaves above its 16-bit part (see highPart).
+template <std::int32_t Multiple, class V>
+HWY_INLINE V addMultiple(V v, V sample)
+{
+    static_assert(Multiple >= -2 && Multiple <= 2, "the splits leave at most twice a sample");
+    if constexpr (Multiple == 1) return hn::Add(v, sample);
+    if constexpr (Multiple == -1) return hn::Sub(v, sample);
+    if constexpr (Multiple == 2) return hn::Add(v, hn::Add(sample, sample));
+    if constexpr (Multiple == -2) return hn::Sub(v, hn::Add(sample, sample));
+    return v;
+}
+
+// ---- where a row's three channels lie -----------------------------------------------------------
+
+#if HWY_TARGET == HWY_AVX3_DL
+// RGB24 by VBMI byte permutes, from three input vectors of 64 bytes: byte j
+// of channel c is input byte 3j + c.  `pick` takes the bytes below 128 from
+// the first two vectors, `merge` keeps them and adds the rest from the third.
+struct DeinterleaveTables {
+    alignas(64) std::uint8_t pick[3][64];
+    alignas(64) std::uint8_t merge[3][64];
+};
+constexpr DeinterleaveTables makeDeinterleaveTables()
+{
+    DeinterleaveTables t{};
+    for (int c = 0; c < 3; ++c) {
+        for (int j = 0; j < 64; ++j) {
+            const int at = 3 * j + c;
+            t.pick[c][j] = static_cast<std::uint8_t>(at < 128 ? at : 0);
+            t.merge[c][j] = static_cast<std::uint8_t>(at < 128 ? j : 64 + at - 128);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr DeinterleaveTables kDeinterleave = makeDeinterleaveTables();
+#endif
+
+// RGB24 (or any three interleaved bytes) into three channel vectors.
+// Highway 1.0.3's LoadInterleaved3 shuffles 16-byte blocks; AVX3_DL permutes
+// whole vectors instead.
+template <class DU8>
+HWY_INLINE void loadInterleaved3(DU8 du8, const Kel8u* src, hn::Vec<DU8>& v0, hn::Vec<DU8>& v1, hn::Vec<DU8>& v2)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i first = _mm512_loadu_si512(src), second = _mm512_loadu_si512(src + 64);
+    const __m512i third = _mm512_loadu_si512(src + 128);
+    hn::Vec<DU8>* const out[3] = {&v0, &v1, &v2};
+    for (int c = 0; c < 3; ++c) {
+        const __m512i pick = _mm512_load_si512(kDeinterleave.pick[c]);
+        const __m512i merge = _mm512_load_si512(kDeinterleave.merge[c]);
+        const __m512i firstTwo = _mm512_permutex2var_epi8(first, pick, second);
+        *out[c] = hn::Vec<DU8>{_mm512_permutex2var_epi8(firstTwo, merge, third)};
+    }
+#else
+    hn::LoadInterleaved3(du8, src, v0, v1, v2);
+#endif
+}
+
+// A pixel-order row, Pitch bytes a pixel, the channels in bytes 0, 1 and 2.
+// A fourth byte is neither used nor changed: the store puts back what the
+// destination held.
+template <int Pitch>
+struct InPixelOrder {
+    static_assert(Pitch == 3 || Pitch == 4, "three or four bytes a pixel");
+    using Src = const Kel8u*;
+    using Dst = Kel8u*;
+    static constexpr int kPlanes = 1, kPitch = Pitch;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        if constexpr (Pitch == 3) {
+            loadInterleaved3(du8, row + 3 * x, first, second, third);
+        } else {
+            V alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, first, second, third, alpha);
+        }
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        if constexpr (Pitch == 3) {
+            storeInterleaved3(du8, first, second, third, row + 3 * x);
+        } else {
+            V kept0, kept1, kept2, alpha;
+            hn::LoadInterleaved4(du8, row + 4 * x, kept0, kept1, kept2, alpha);
+            hn::StoreInterleaved4(first, second, third, alpha, du8, row + 4 * x);
+        }
+    }
+    template <class Row>
+    static Row advance(Row row, int x)
+    {
+        return row + Pitch * x;
+    }
+    template <class Row>
+    static const Row* planes(const Row& row)
+    {
+        return &row;
+    }
+};
+
+// Three planes of one row, plane p at row[p].
+template <class T>
+struct PlanesFrom {
+    T* planes[3];
+    operator T* const*() const { return planes; }
+};
+
+struct InPlanes {
+    using Src = const Kel8u* const*;
+    using Dst = Kel8u* const*;
+    static constexpr int kPlanes = 3, kPitch = 1;
+
+    template <class DU8, class V>
+    static HWY_INLINE void load(DU8 du8, Src row, int x, V& first, V& second, V& third)
+    {
+        first = hn::LoadU(du8, row[0] + x);
+        second = hn::LoadU(du8, row[1] + x);
+        third = hn::LoadU(du8, row[2] + x);
+    }
+    template <class DU8, class V>
+    static HWY_INLINE void store(DU8 du8, Dst row, int x, V first, V second, V third)
+    {
+        hn::StoreU(first, du8, row[0] + x);
+        hn::StoreU(second, du8, row[1] + x);
+        hn::StoreU(third, du8, row[2] + x);
+    }
+    template <class T>
+    static PlanesFrom<T> advance(T* const* row, int x)
+    {
+        return {{row[0] + x, row[1] + x, row[2] + x}};
+    }
+    template <class T>
+    static T* const* planes(T* const* row)
+    {
+        return row;
+    }
+};
+
+// ---- the row -------------------------------------------------------------------------------------
+
+// A vector of pixels a step: the three channels loaded, converted, stored.
+// The pixels after the last whole step go to the scalar kernel Tail itself,
+// compiled for the baseline, and so does a row whose destination overlaps
+// its source other than in place.
+template <class In, class Out, class Convert, auto Tail>
+HWY_INLINE void convertRow(typename In::Src src, typename Out::Dst dst, int width)
+{
+    const std::size_t pixels = static_cast<std::size_t>(width);
+    if (!inPlaceOrApart(In::planes(src), In::kPlanes, In::kPitch * pixels, Out::planes(dst), Out::kPlanes,
+                        Out::kPitch * pixels)) {
+        Tail(src, dst, width);
+        return;
+    }
+    const hn::ScalableTag<std::uint8_t> du8;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    int x = 0;
+    for (; x + step <= width; x += step) {
+        hn::Vec<decltype(du8)> a, b, c, first, second, third;
+        In::load(du8, src, x, a, b, c);
+        Convert::convert(du8, a, b, c, first, second, third);
+        Out::store(du8, dst, x, first, second, third);
+    }
+    if (x < width) Tail(In::advance(src, x), Out::advance(dst, x), width - x);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace kel
+HWY_AFTER_NAMESPACE();
+
+#endif // KELCC_PAIRSIMD_INL_H_
