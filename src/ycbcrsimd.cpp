@@ -28,12 +28,12 @@ namespace hn = hwy::HWY_NAMESPACE;
 // RGB to YCbCr: the weights of lumaSum, blueDifference and redDifference
 // (cbcrpx.h) with the offsets of ForwardYCbCr, each channel
 //   (wR * R + wG * G + wB * B + offset) >> 16.
-struct ForwardWeights {
+struct ChannelWeights {
     std::int32_t r, g, b, offset;
 };
-constexpr ForwardWeights kLuma{16843, 33030, 6423, 0x108000};
-constexpr ForwardWeights kBlueDifference{-9699, -19071, 28770, 0x808000};
-constexpr ForwardWeights kRedDifference{28770, -24117, -4653, 0x808000};
+constexpr ChannelWeights kLuma{16843, 33030, 6423, 0x108000};
+constexpr ChannelWeights kBlueDifference{-9699, -19071, 28770, 0x808000};
+constexpr ChannelWeights kRedDifference{28770, -24117, -4653, 0x808000};
 
 // One forward channel of the pixels of `rg` (R, G pairs) and `bOne` (B, 1
 // pairs): red and blue weights are 16-bit values; green's weight and the
@@ -42,7 +42,7 @@ constexpr ForwardWeights kRedDifference{28770, -24117, -4653, 0x808000};
 // after the shift, since (s + 65536 * h) >> 16 = (s >> 16) + h exactly.  Each
 // product is below 2^24 and no pair holds -32768 twice, so the sums are the
 // scalar ones; they lie in 0 .. 2^24 and the results in 0..255.
-template <const ForwardWeights& W, class DI16>
+template <const ChannelWeights& W, class DI16>
 HWY_INLINE hn::Vec<DI16> forwardChannel(DI16 di16, const Halves<DI16>& rg, const Halves<DI16>& bOne,
                                         hn::Vec<DI16> g)
 {
