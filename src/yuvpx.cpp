@@ -5,6 +5,7 @@
 #include "callframe.h"
 #include "rowstore.h"
 #include "yuvconv.h"
+#include "yuvpxsimd.h"
 
 using namespace kel;
 using namespace kel::yuv;
@@ -81,6 +82,8 @@ void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const K
                                 Kel8u* bottom, int width);
 void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
                              PlaneStore top, PlaneStore bottom, int width);
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
 void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height);
 
@@ -376,22 +379,26 @@ void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const 
                                 yuv.row(1, chroma), yuv.row(2, chroma), width);
     });
 }
+// The inverse row-pair kernel is chosen once per call: the fastest this
+// processor runs (yuvpxsimd.cpp), which gives the scalar kernel's bytes.
 void myYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                             int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToRGB_8u_P3C3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3C3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                  rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 void myYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToRGB_8u_P3AC4R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3AC4R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                   rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
@@ -399,9 +406,10 @@ void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
     const PlaneRows<Kel8u> rgb(pDst, dstStep);
+    const RowPairYUV420Planes rowPair = chooseYUV420ToRGB_8u_P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                planeStore(rgb, top), planeStore(rgb, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), planeStore(rgb, top),
+                planeStore(rgb, bottom), width);
     });
 }
 
@@ -681,14 +689,20 @@ void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8
     inverse420<0>(yTop, yBottom, u, v, top, bottom, width);
 }
 
-// Row loop and kernel in one: 4:2:0 to blue-first pixels.
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width)
+{
+    inverse420<0>(yTop, yBottom, u, v, PixelStore<3, kBGR>{top}, PixelStore<3, kBGR>{bottom}, width);
+}
+
+// Row loop of 4:2:0 to blue-first pixels, its kernel chosen once per call.
 void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToBGR_8u_P3C3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        inverse420<0>(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                      PixelStore<3, kBGR>{rowAt(pDst, dstStep, top)}, PixelStore<3, kBGR>{rowAt(pDst, dstStep, bottom)},
-                      width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }

@@ -1,0 +1,35 @@
+// Whole-vector kernels of RGB <-> full-range YUV 4:2:0, beside the scalar
+// kernels of yuvpx.cpp, which stay the reference and finish every row.
+#pragma once
+
+#include "kelcc.h"
+#include "rowstore.h"
+
+// The scalar row-pair kernels of 4:2:0 (yuvpx.cpp): two luma rows, their
+// chroma row, two destination rows; an odd last column is left alone.
+void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                                Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                             kel::PlaneStore top, kel::PlaneStore bottom, int width);
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+
+namespace kel {
+
+// A 4:2:0 inverse row pair into pixel-order rows, and into R, G, B planes.
+using RowPairYUV420 = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+using RowPairYUV420Planes = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                                     PlaneStore top, PlaneStore bottom, int width);
+
+// The fastest row-pair kernel this processor runs, the same bytes as the
+// scalar kernel of the same name; the scalar kernel itself in a build
+// without SIMD.
+RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R();
+RowPairYUV420 chooseYUV420ToRGB_8u_P3AC4R();
+RowPairYUV420Planes chooseYUV420ToRGB_8u_P3R();
+RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R();
+
+} // namespace kel
