@@ -359,14 +359,17 @@ void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel
     forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3R(yuvRow(yuv, y), planeStore(rgb, y), width); });
 }
 
-// 4:2:0: row pairs, each with one chroma row.
+// 4:2:0: row pairs, each with one chroma row.  The row-pair kernel is chosen
+// once per call: the fastest this processor runs (yuvpxsimd.cpp), which gives
+// the scalar kernel's bytes.
 void myRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
                             int height)
 {
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    const RowPairRGBToYUV420 rowPair = chooseRGBToYUV420_8u_C3P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerRGBToYUV420_8u_C3P3R(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), yuv.row(0, top),
-                                  yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), width);
+        rowPair(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), yuv.row(0, top), yuv.row(0, bottom),
+                yuv.row(1, chroma), yuv.row(2, chroma), width);
     });
 }
 void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
@@ -374,9 +377,10 @@ void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const 
 {
     const PlaneRows<const Kel8u> rgb(pSrc, srcStep);
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    const RowPairRGBToYUV420Planes rowPair = chooseRGBToYUV420_8u_P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerRGBToYUV420_8u_P3R(planeSource(rgb, top), planeSource(rgb, bottom), yuv.row(0, top), yuv.row(0, bottom),
-                                yuv.row(1, chroma), yuv.row(2, chroma), width);
+        rowPair(planeSource(rgb, top), planeSource(rgb, bottom), yuv.row(0, top), yuv.row(0, bottom),
+                yuv.row(1, chroma), yuv.row(2, chroma), width);
     });
 }
 // The inverse row-pair kernel is chosen once per call: the fastest this

@@ -169,6 +169,203 @@ void rowPairYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const 
                                      });
 }
 
+// ---- forward 4:2:0 -------------------------------------------------------------------------------------
+
+// Unsigned bytes times signed byte weights, each two adjacent products summed
+// into a 16-bit lane: the x86 multiply-add of bytes, which saturates; no sum
+// here comes near 16 bits' limits, so it is the exact sum.  Targets without
+// it widen both and multiply.
+template <class DI16, class VU8, class VI8>
+HWY_INLINE hn::Vec<DI16> pairProducts(DI16 di16, VU8 bytes, VI8 weights)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)di16;
+    return hn::Vec<DI16>{_mm512_maddubs_epi16(bytes.raw, weights.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    (void)di16;
+    return hn::Vec<DI16>{_mm256_maddubs_epi16(bytes.raw, weights.raw)};
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    (void)di16;
+    return hn::Vec<DI16>{_mm_maddubs_epi16(bytes.raw, weights.raw)};
+#else
+    const hn::RebindToUnsigned<DI16> du16;
+    const auto pairs = hn::BitCast(du16, bytes);
+    const auto evenBytes = hn::BitCast(di16, hn::And(pairs, hn::Set(du16, 0xFF)));
+    const auto oddBytes = hn::BitCast(di16, hn::ShiftRight<8>(pairs));
+    const auto signedWeights = hn::BitCast(di16, weights);
+    const auto evenWeights = hn::ShiftRight<8>(hn::ShiftLeft<8>(signedWeights));
+    const auto oddWeights = hn::ShiftRight<8>(signedWeights);
+    return hn::Add(hn::Mul(evenBytes, evenWeights), hn::Mul(oddBytes, oddWeights));
+#endif
+}
+
+// Two signed byte weights in one 16-bit lane, the first for the lower byte.
+template <class DI16>
+HWY_INLINE hn::Vec<hn::Repartition<std::int8_t, DI16>> bytePair(DI16 di16, int first, int second)
+{
+    const hn::Repartition<std::int8_t, DI16> di8;
+    return hn::BitCast(di8, hn::Set(di16, static_cast<std::int16_t>(static_cast<std::uint16_t>(
+                                                static_cast<std::uint8_t>(first) |
+                                                static_cast<std::uint16_t>(static_cast<std::uint8_t>(second)) << 8))));
+}
+
+// Two vectors of 32-bit values within -32768..32767 to one of 16-bit, in
+// the order of the zip within 16-byte blocks that spread them (see packBytes).
+template <class DI16, class VI32>
+HWY_INLINE hn::Vec<DI16> packWords(DI16 di16, VI32 first, VI32 second)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    (void)di16;
+    return hn::Vec<DI16>{_mm512_packs_epi32(first.raw, second.raw)};
+#elif HWY_TARGET == HWY_AVX2
+    (void)di16;
+    return hn::Vec<DI16>{_mm256_packs_epi32(first.raw, second.raw)};
+#elif HWY_TARGET == HWY_SSE4 || HWY_TARGET == HWY_SSSE3
+    (void)di16;
+    return hn::Vec<DI16>{_mm_packs_epi32(first.raw, second.raw)};
+#else
+    static_assert(hn::MaxLanes(di16) <= 8, "one block");
+    const hn::Half<DI16> half;
+    return hn::Combine(di16, hn::DemoteTo(half, second), hn::DemoteTo(half, first));
+#endif
+}
+
+// Where a row's three channel vectors come from: RGB24, or three planes.
+struct InterleavedRGB {
+    const Kel8u* p;
+    template <class DU8, class V>
+    HWY_INLINE void get(DU8 du8, int x, V& r, V& g, V& b) const
+    {
+        hn::LoadInterleaved3(du8, p + 3 * x, r, g, b);
+    }
+};
+struct PlanesRGB {
+    PlaneSource s;
+    template <class DU8, class V>
+    HWY_INLINE void get(DU8 du8, int x, V& r, V& g, V& b) const
+    {
+        r = hn::LoadU(du8, s.red + x);
+        g = hn::LoadU(du8, s.green + x);
+        b = hn::LoadU(du8, s.blue + x);
+    }
+};
+
+// The luma weights split into signed bytes, 256 * high + low (see rowPairsRGBToYUV420):
+// 19595 = 77 * 256 - 117, 38470 - 65536 = -27066 = -106 * 256 + 70, 7471 = 29 * 256 + 47.
+constexpr int kRedHigh = 77, kRedLow = -117, kGreenHigh = -106, kGreenLow = 70, kBlueHigh = 29, kBlueLow = 47;
+static_assert(kRedHigh * 256 + kRedLow == 19595 && kGreenHigh * 256 + kGreenLow + 65536 == 38470 &&
+                  kBlueHigh * 256 + kBlueLow == 7471,
+              "the luma weights");
+
+// Rows in pairs, a vector of pixels a step in each row.  The scalar kernel
+// computes
+//   Y = L >> 16,  L = 19595 R + 38470 G + 7471 B,
+//   U = ((dU * 32244) >> 18) + 128,  dU = ((ΣB << 16) - ΣL + 0x1FFFF) >> 16,
+//   V = clamp(((dV * 57475) >> 18) + 128),  dV = ((ΣR << 16) - ΣL + 0x1FFFF) >> 16,
+// Σ over the 2 x 2 cell.  Here, with S = 19595 R - 27066 G + 7471 B, so that
+// L = 65536 G + S, every step is an integer identity:
+// - Luma.  S = 256 * high + low, high = 77 R - 106 G + 29 B and low =
+//   -117 R + 70 G + 47 B, each by byte multiply-adds (both lie within
+//   +-29835, no saturation).  Y = G + floor(S / 65536) and
+//   floor((256 * high + low) / 65536) = (high + (low >> 8)) >> 8, since
+//   dropping low's last byte, a fraction below 1 of 256, changes no floor.
+// - Chroma.  ΣL is linear, so ΣL = 65536 ΣG + S(ΣR, ΣG, ΣB), and with
+//   q = (0x1FFFF - S(ΣR, ΣG, ΣB)) >> 16 (32-bit multiply-adds of the cell
+//   sums, each at most 1020, so |S| < 2^25),
+//   dU = ΣB - ΣG + q and dV = ΣR - ΣG + q, within +-1100.
+// - dU * 32244 >> 18 = mulhi(dU, 32244) >> 2; dV * 57475 = 65536 dV - 8061 dV,
+//   so dV * 57475 >> 18 = (dV + mulhi(dV, -8061)) >> 2: floors of floors.
+// - The 16-bit results go to bytes through a saturating pack: U never needs
+//   it, V's is the scalar clamp.
+// The cell sums of a row come from byte multiply-adds by 1 of adjacent
+// pixels.  The cells after the last whole step go to `tail`, the scalar
+// kernel compiled for the baseline.
+template <class Source, class Tail>
+HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u* HWY_RESTRICT yTop,
+                                    Kel8u* HWY_RESTRICT yBottom, Kel8u* HWY_RESTRICT u, Kel8u* HWY_RESTRICT v,
+                                    int width, const Tail& tail)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Rebind<std::uint8_t, decltype(di16)> du8Half;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
+    const auto zero = hn::Zero(du8);
+    const auto redGreenHigh = bytePair(di16, kRedHigh, kGreenHigh), redGreenLow = bytePair(di16, kRedLow, kGreenLow);
+    const auto blueHigh = bytePair(di16, kBlueHigh, 0), blueLow = bytePair(di16, kBlueLow, 0);
+    const auto ones = bytePair(di16, 1, 1);
+    // 0x1FFFF - S as two multiply-adds over (ΣR, ΣG) and (ΣB, 0), plus 0x1FFFF.
+    const auto redGreenWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(
+                                                                     static_cast<std::uint16_t>(-19595) |
+                                                                     static_cast<std::uint32_t>(27066) << 16)));
+    const auto blueWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(static_cast<std::uint16_t>(-7471))));
+    const auto roundUp = hn::Set(di32, 0x1FFFF);
+
+    const int evenWidth = width & ~1;
+    int x = 0;
+    for (; x + step <= evenWidth; x += step) {
+        hn::Vec<decltype(di16)> sumRed, sumGreen, sumBlue;
+        for (int row = 0; row < 2; ++row) {
+            hn::Vec<decltype(du8)> r, g, b;
+            (row == 0 ? top : bottom).get(du8, x, r, g, b);
+            const auto luma = [&](const auto redGreen, const auto blueZero, const auto green) {
+                const auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
+                const auto low = hn::Add(pairProducts(di16, redGreen, redGreenLow), pairProducts(di16, blueZero, blueLow));
+                return hn::Add(hn::BitCast(di16, green), hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
+            };
+            const auto first = luma(hn::InterleaveLower(du8, r, g), hn::InterleaveLower(du8, b, zero),
+                                    hn::InterleaveLower(du8, g, zero));
+            const auto second = luma(hn::InterleaveUpper(du8, r, g), hn::InterleaveUpper(du8, b, zero),
+                                     hn::InterleaveUpper(du8, g, zero));
+            hn::StoreU(packBytes(du8, first, second), du8, (row == 0 ? yTop : yBottom) + x);
+            const auto red = pairProducts(di16, r, ones), green = pairProducts(di16, g, ones),
+                       blue = pairProducts(di16, b, ones);
+            sumRed = row == 0 ? red : hn::Add(sumRed, red);
+            sumGreen = row == 0 ? green : hn::Add(sumGreen, green);
+            sumBlue = row == 0 ? blue : hn::Add(sumBlue, blue);
+        }
+        const auto cellTerm = [&](const auto redGreen, const auto blueZero) {
+            auto other = hn::Zero(di32), blueOther = hn::Zero(di32);
+            const auto sum = hn::ReorderWidenMulAccumulate(di32, redGreen, redGreenWeights, roundUp, other);
+            const auto blue = hn::ReorderWidenMulAccumulate(di32, blueZero, blueWeights, hn::Zero(di32), blueOther);
+            return hn::ShiftRight<16>(hn::Add(hn::RearrangeToOddPlusEven(sum, other),
+                                              hn::RearrangeToOddPlusEven(blue, blueOther)));
+        };
+        const auto zero16 = hn::Zero(di16);
+        const auto q = packWords(di16,
+                                 cellTerm(hn::BitCast(di16, hn::ZipLower(di32, sumRed, sumGreen)),
+                                          hn::BitCast(di16, hn::ZipLower(di32, sumBlue, zero16))),
+                                 cellTerm(hn::BitCast(di16, hn::ZipUpper(di32, sumRed, sumGreen)),
+                                          hn::BitCast(di16, hn::ZipUpper(di32, sumBlue, zero16))));
+        const auto qLessGreen = hn::Sub(q, sumGreen);
+        const auto dU = hn::Add(sumBlue, qLessGreen), dV = hn::Add(sumRed, qLessGreen);
+        const auto half = hn::Set(di16, 128);
+        const auto cellU = hn::Add(hn::ShiftRight<2>(hn::MulHigh(dU, hn::Set(di16, 32244))), half);
+        const auto cellV = hn::Add(hn::ShiftRight<2>(hn::Add(dV, hn::MulHigh(dV, hn::Set(di16, -8061)))), half);
+        hn::StoreU(hn::DemoteTo(du8Half, cellU), du8Half, u + x / 2);
+        hn::StoreU(hn::DemoteTo(du8Half, cellV), du8Half, v + x / 2);
+    }
+    if (x < evenWidth) tail(x);
+}
+
+void rowPairRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                 Kel8u* v, int width)
+{
+    rowPairsRGBToYUV420(InterleavedRGB{top}, InterleavedRGB{bottom}, yTop, yBottom, u, v, width, [&](int x) {
+        innerRGBToYUV420_8u_C3P3R(top + 3 * x, bottom + 3 * x, yTop + x, yBottom + x, u + x / 2, v + x / 2, width - x);
+    });
+}
+
+void rowPairRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width)
+{
+    rowPairsRGBToYUV420(PlanesRGB{top}, PlanesRGB{bottom}, yTop, yBottom, u, v, width, [&](int x) {
+        const PlaneSource topRest{top.red + x, top.green + x, top.blue + x};
+        const PlaneSource bottomRest{bottom.red + x, bottom.green + x, bottom.blue + x};
+        innerRGBToYUV420_8u_P3R(topRest, bottomRest, yTop + x, yBottom + x, u + x / 2, v + x / 2, width - x);
+    });
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace kel
 HWY_AFTER_NAMESPACE();
@@ -180,6 +377,8 @@ HWY_EXPORT(rowPairYUV420ToRGB_8u_P3C3R);
 HWY_EXPORT(rowPairYUV420ToRGB_8u_P3AC4R);
 HWY_EXPORT(rowPairYUV420ToRGB_8u_P3R);
 HWY_EXPORT(rowPairYUV420ToBGR_8u_P3C3R);
+HWY_EXPORT(rowPairRGBToYUV420_8u_C3P3R);
+HWY_EXPORT(rowPairRGBToYUV420_8u_P3R);
 
 RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R()
 {
@@ -203,6 +402,18 @@ RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R()
 {
     detectSimdTargets();
     return &HWY_DYNAMIC_DISPATCH(rowPairYUV420ToBGR_8u_P3C3R);
+}
+
+RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairRGBToYUV420_8u_C3P3R);
+}
+
+RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairRGBToYUV420_8u_P3R);
 }
 
 } // namespace kel
@@ -230,6 +441,16 @@ RowPairYUV420Planes chooseYUV420ToRGB_8u_P3R()
 RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R()
 {
     return innerYUV420ToBGR_8u_P3C3R;
+}
+
+RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R()
+{
+    return innerRGBToYUV420_8u_C3P3R;
+}
+
+RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()
+{
+    return innerRGBToYUV420_8u_P3R;
 }
 
 } // namespace kel

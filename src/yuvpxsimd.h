@@ -16,6 +16,13 @@ void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8
 void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                Kel8u* bottom, int width);
 
+// The forward row-pair kernels: two source rows, two luma rows and the chroma
+// row of their cells; an odd last column is left alone.
+void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width);
+void innerRGBToYUV420_8u_P3R(kel::PlaneSource top, kel::PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                             Kel8u* v, int width);
+
 namespace kel {
 
 // A 4:2:0 inverse row pair into pixel-order rows, and into R, G, B planes.
@@ -31,5 +38,13 @@ RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R();
 RowPairYUV420 chooseYUV420ToRGB_8u_P3AC4R();
 RowPairYUV420Planes chooseYUV420ToRGB_8u_P3R();
 RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R();
+
+// A 4:2:0 forward row pair from pixel-order rows, and from R, G, B planes.
+using RowPairRGBToYUV420 = void (*)(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                    Kel8u* v, int width);
+using RowPairRGBToYUV420Planes = void (*)(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                          Kel8u* v, int width);
+RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R();
+RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R();
 
 } // namespace kel

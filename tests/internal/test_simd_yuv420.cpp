@@ -19,6 +19,9 @@ namespace {
 using kel::PlaneStore;
 using kel::RowPairYUV420;
 using kel::RowPairYUV420Planes;
+using kel::PlaneSource;
+using kel::RowPairRGBToYUV420;
+using kel::RowPairRGBToYUV420Planes;
 
 // A pixel-order 4:2:0 inverse member with its row-pair chooser, its scalar
 // row-pair kernel and its bytes a pixel.
@@ -268,6 +271,159 @@ TEST(SimdYUV420, EveryYUVMatchesTheTruncatingFormula)
 TEST(SimdYUV420, EveryYUVMatchesTheRoundingFormula)
 {
     everyYUVMatchesTheFormula<32768>(kInverse[1]);
+}
+
+// ---- forward ---------------------------------------------------------------------------------------------
+
+// The Y, U and V rows of a row pair, each in its own guarded buffer.
+struct YUVPair {
+    YUVPair(int width, int lead, std::mt19937& gen)
+        : luma(2, width + 3, lead, gen), u(1, width / 2 + 1, 3 - lead, gen), v(1, width / 2 + 5, lead + 1, gen)
+    {
+    }
+    bool operator==(const YUVPair& o) const
+    {
+        return luma.bytes == o.luma.bytes && u.bytes == o.u.bytes && v.bytes == o.v.bytes;
+    }
+    Plane luma, u, v;
+};
+
+TEST(SimdYUV420, ForwardRowPairMatchesScalarKernelAtEveryWidth)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        const RowPairRGBToYUV420 fastKernel = kel::chooseRGBToYUV420_8u_C3P3R();
+        for (int width : testWidths()) {
+            for (int lead = 0; lead < 4; ++lead) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 2));
+                Plane rgb(2, 3 * width + 1, lead, gen);
+                YUVPair fast(width, lead, gen);
+                YUVPair scalar = fast;
+                fastKernel(rgb.row(0), rgb.row(1), fast.luma.row(0), fast.luma.row(1), fast.u.row(0), fast.v.row(0),
+                           width);
+                innerRGBToYUV420_8u_C3P3R(rgb.row(0), rgb.row(1), scalar.luma.row(0), scalar.luma.row(1),
+                                          scalar.u.row(0), scalar.v.row(0), width);
+                ASSERT_TRUE(fast == scalar) << "RGBToYUV420_8u_C3P3R on " << target << ", width " << width << ", lead "
+                                            << lead;
+            }
+        }
+    });
+}
+
+TEST(SimdYUV420, ForwardPlanesRowPairMatchesScalarKernelAtEveryWidth)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        const RowPairRGBToYUV420Planes fastKernel = kel::chooseRGBToYUV420_8u_P3R();
+        for (int width : testWidths()) {
+            for (int lead = 0; lead < 4; ++lead) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 3));
+                PlaneTriple rgb(width, lead, gen);
+                const PlaneSource top{rgb.red.row(0), rgb.green.row(0), rgb.blue.row(0)};
+                const PlaneSource bottom{rgb.red.row(1), rgb.green.row(1), rgb.blue.row(1)};
+                YUVPair fast(width, lead, gen);
+                YUVPair scalar = fast;
+                fastKernel(top, bottom, fast.luma.row(0), fast.luma.row(1), fast.u.row(0), fast.v.row(0), width);
+                innerRGBToYUV420_8u_P3R(top, bottom, scalar.luma.row(0), scalar.luma.row(1), scalar.u.row(0),
+                                        scalar.v.row(0), width);
+                ASSERT_TRUE(fast == scalar) << "RGBToYUV420_8u_P3R on " << target << ", width " << width << ", lead "
+                                            << lead;
+            }
+        }
+    });
+}
+
+// Destination planes of one 4:2:0 image.
+struct Destination420 {
+    Destination420(int width, int height, std::mt19937& gen)
+        : luma(height, oddStep(width, 3), 2, gen),
+          u(height / 2 + 1, oddStep(width / 2, 5), 1, gen),
+          v(height / 2 + 1, oddStep(width / 2, 1), 3, gen)
+    {
+    }
+    bool operator==(const Destination420& o) const
+    {
+        return luma.bytes == o.luma.bytes && u.bytes == o.u.bytes && v.bytes == o.v.bytes;
+    }
+    Plane luma, u, v;
+};
+
+TEST(SimdYUV420, ForwardPublicFunctionsMatchScalarKernelAtEverySize)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (int width : testWidths()) {
+            if (width == 0) continue;
+            for (int height = 1; height <= 9; ++height) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height + 11));
+                Plane rgb(height, oddStep(3 * width, 7), 3, gen);
+                Destination420 dst(width, height, gen);
+                Destination420 expected = dst;
+                Plane red(height, oddStep(width, 1), 1, gen), green = red, blue = red;
+                for (auto& b : green.bytes) b = static_cast<std::uint8_t>(gen());
+                for (auto& b : blue.bytes) b = static_cast<std::uint8_t>(gen());
+                const int steps[3] = {dst.luma.step, dst.u.step, dst.v.step};
+                Kel8u* const planes[3] = {dst.luma.row(0), dst.u.row(0), dst.v.row(0)};
+                const KelResult expectedStatus = (width | height) & 1 ? kelWarnOddSize : kelOk;
+
+                for (int pair = 0; pair < height / 2; ++pair) {
+                    innerRGBToYUV420_8u_C3P3R(rgb.row(2 * pair), rgb.row(2 * pair + 1), expected.luma.row(2 * pair),
+                                              expected.luma.row(2 * pair + 1), expected.u.row(pair),
+                                              expected.v.row(pair), width);
+                }
+                ASSERT_EQ(expectedStatus, keliRGBToYUV420_8u_C3P3R(rgb.row(0), rgb.step, planes, steps, {width, height}));
+                ASSERT_TRUE(dst == expected) << "RGBToYUV420_8u_C3P3R on " << target << ", " << width << " x " << height;
+
+                for (int pair = 0; pair < height / 2; ++pair) {
+                    const int t = 2 * pair, b = t + 1;
+                    innerRGBToYUV420_8u_P3R({red.row(t), green.row(t), blue.row(t)},
+                                            {red.row(b), green.row(b), blue.row(b)}, expected.luma.row(t),
+                                            expected.luma.row(b), expected.u.row(pair), expected.v.row(pair), width);
+                }
+                const Kel8u* const rgbPlanes[3] = {red.row(0), green.row(0), blue.row(0)};
+                ASSERT_EQ(expectedStatus, keliRGBToYUV420_8u_P3R(rgbPlanes, red.step, planes, steps, {width, height}));
+                ASSERT_TRUE(dst == expected) << "RGBToYUV420_8u_P3R on " << target << ", " << width << " x " << height;
+            }
+        }
+    });
+}
+
+// Every RGB colour once: a 4096 x 4096 image whose pixel (x, y) is the colour
+// y * 4096 + x.  Each Y is held to the one-pixel formula, each cell's U and V
+// to the cell formulas.
+TEST(SimdYUV420, EveryRGBMatchesTheFormulas)
+{
+    constexpr int kSide = 4096, kCells = kSide / 2;
+    std::vector<Kel8u> rgb(static_cast<std::size_t>(kSide) * kSide * 3);
+    for (std::size_t at = 0; at < static_cast<std::size_t>(kSide) * kSide; ++at) {
+        rgb[3 * at + 0] = static_cast<Kel8u>(at >> 16);
+        rgb[3 * at + 1] = static_cast<Kel8u>(at >> 8);
+        rgb[3 * at + 2] = static_cast<Kel8u>(at);
+    }
+    using namespace kel::yuv;
+    std::vector<Kel8u> lumaExpected(static_cast<std::size_t>(kSide) * kSide), uExpected(kCells * kCells),
+        vExpected(kCells * kCells);
+    for (std::size_t at = 0; at < lumaExpected.size(); ++at)
+        lumaExpected[at] = luma(rgb[3 * at], rgb[3 * at + 1], rgb[3 * at + 2]);
+    for (int cy = 0; cy < kCells; ++cy) {
+        for (int cx = 0; cx < kCells; ++cx) {
+            std::int32_t red = 0, blue = 0, sum = 0;
+            for (int p = 0; p < 4; ++p) {
+                const std::size_t at = static_cast<std::size_t>(2 * cy + p / 2) * kSide + 2 * cx + p % 2;
+                red += rgb[3 * at];
+                blue += rgb[3 * at + 2];
+                sum += lumaSum(rgb[3 * at], rgb[3 * at + 1], rgb[3 * at + 2]);
+            }
+            uExpected[cy * kCells + cx] = chromaU<2>(blue, sum);
+            vExpected[cy * kCells + cx] = chromaV<2>(red, sum);
+        }
+    }
+    const int steps[3] = {kSide, kCells, kCells};
+    kt::forEachSimdTarget([&](const std::string& target) {
+        std::vector<Kel8u> lumaOut(lumaExpected.size()), uOut(uExpected.size()), vOut(vExpected.size());
+        Kel8u* const planes[3] = {lumaOut.data(), uOut.data(), vOut.data()};
+        ASSERT_EQ(kelOk, keliRGBToYUV420_8u_C3P3R(rgb.data(), 3 * kSide, planes, steps, {kSide, kSide}));
+        EXPECT_TRUE(lumaOut == lumaExpected) << target;
+        EXPECT_TRUE(uOut == uExpected) << target;
+        EXPECT_TRUE(vOut == vExpected) << target;
+    });
 }
 
 } // namespace
