@@ -290,36 +290,96 @@ struct PlanesRGB {
     }
 };
 
-// The luma weights split into signed bytes, 256 * high + low (see rowPairsRGBToYUV420):
+// The luma weights split into signed bytes, 256 * high + low (see lumaOfPixels):
 // 19595 = 77 * 256 - 117, 38470 - 65536 = -27066 = -106 * 256 + 70, 7471 = 29 * 256 + 47.
 constexpr int kRedHigh = 77, kRedLow = -117, kGreenHigh = -106, kGreenLow = 70, kBlueHigh = 29, kBlueLow = 47;
 static_assert(kRedHigh * 256 + kRedLow == 19595 && kGreenHigh * 256 + kGreenLow + 65536 == 38470 &&
                   kBlueHigh * 256 + kBlueLow == 7471,
               "the luma weights");
 
-// Rows in pairs, a vector of pixels a step in each row.  The scalar kernel
-// computes
+// The forward kernels reproduce the scalar formulas
 //   Y = L >> 16,  L = 19595 R + 38470 G + 7471 B,
-//   U = ((dU * 32244) >> 18) + 128,  dU = ((ΣB << 16) - ΣL + 0x1FFFF) >> 16,
-//   V = clamp(((dV * 57475) >> 18) + 128),  dV = ((ΣR << 16) - ΣL + 0x1FFFF) >> 16,
-// Σ over the 2 x 2 cell.  Here, with S = 19595 R - 27066 G + 7471 B, so that
-// L = 65536 G + S, every step is an integer identity:
-// - Luma.  S = 256 * high + low, high = 77 R - 106 G + 29 B and low =
-//   -117 R + 70 G + 47 B, each by byte multiply-adds (both lie within
-//   +-29835, no saturation).  Y = G + floor(S / 65536) and
-//   floor((256 * high + low) / 65536) = (high + (low >> 8)) >> 8, since
-//   dropping low's last byte, a fraction below 1 of 256, changes no floor.
-// - Chroma.  ΣL is linear, so ΣL = 65536 ΣG + S(ΣR, ΣG, ΣB), and with
-//   q = (0x1FFFF - S(ΣR, ΣG, ΣB)) >> 16 (32-bit multiply-adds of the cell
-//   sums, each at most 1020, so |S| < 2^25),
-//   dU = ΣB - ΣG + q and dV = ΣR - ΣG + q, within +-1100.
-// - dU * 32244 >> 18 = mulhi(dU, 32244) >> 2; dV * 57475 = 65536 dV - 8061 dV,
-//   so dV * 57475 >> 18 = (dV + mulhi(dV, -8061)) >> 2: floors of floors.
-// - The 16-bit results go to bytes through a saturating pack: U never needs
-//   it, V's is the scalar clamp.
-// The cell sums of a row come from byte multiply-adds by 1 of adjacent
-// pixels.  The cells after the last whole step go to `tail`, the scalar
-// kernel compiled for the baseline.
+//   U = ((dU * 32244) >> (16 + k)) + 128,  dU = ((ΣB << 16) - ΣL + 2^(15 + k) - 1) >> 16,
+//   V = clamp(((dV * 57475) >> (16 + k)) + 128),  dV = ((ΣR << 16) - ΣL + 2^(15 + k) - 1) >> 16,
+// Σ over a cell of 2^k pixels (k = 1 for 4:2:2, 2 for 4:2:0).  With
+// S = 19595 R - 27066 G + 7471 B, so that L = 65536 G + S, every step below
+// is an integer identity, so the bytes are the scalar kernel's.
+
+// Y of a vector of pixels, as 16-bit lanes in the order of a zip within
+// 16-byte blocks: `first` from the blocks' lower halves, `second` from their
+// upper halves.  S = 256 * high + low, high = 77 R - 106 G + 29 B and low =
+// -117 R + 70 G + 47 B, each by byte multiply-adds (both lie within +-29835,
+// no saturation).  Y = G + floor(S / 65536) and floor((256 * high + low) /
+// 65536) = (high + (low >> 8)) >> 8, since dropping low's last byte, a
+// fraction below 1 of 256, changes no floor.
+template <class DU8, class DI16>
+HWY_INLINE void lumaOfPixels(DU8 du8, DI16 di16, hn::Vec<DU8> r, hn::Vec<DU8> g, hn::Vec<DU8> b,
+                             hn::Vec<DI16>& first, hn::Vec<DI16>& second)
+{
+    const auto zero = hn::Zero(du8);
+    const auto redGreenHigh = bytePair(di16, kRedHigh, kGreenHigh), redGreenLow = bytePair(di16, kRedLow, kGreenLow);
+    const auto blueHigh = bytePair(di16, kBlueHigh, 0), blueLow = bytePair(di16, kBlueLow, 0);
+    const auto luma = [&](const auto redGreen, const auto blueZero, const auto green) {
+        const auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
+        const auto low = hn::Add(pairProducts(di16, redGreen, redGreenLow), pairProducts(di16, blueZero, blueLow));
+        return hn::Add(hn::BitCast(di16, green), hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
+    };
+    first = luma(hn::InterleaveLower(du8, r, g), hn::InterleaveLower(du8, b, zero), hn::InterleaveLower(du8, g, zero));
+    second = luma(hn::InterleaveUpper(du8, r, g), hn::InterleaveUpper(du8, b, zero), hn::InterleaveUpper(du8, g, zero));
+}
+
+// The sums of a channel over each two adjacent pixels, one 16-bit lane a pair.
+template <class DI16, class VU8>
+HWY_INLINE hn::Vec<DI16> pairSums(DI16 di16, VU8 channel)
+{
+    return pairProducts(di16, channel, bytePair(di16, 1, 1));
+}
+
+// U and V of a vector of cells (16-bit lanes) from their channel sums.
+// ΣL is linear, so ΣL = 65536 ΣG + S(ΣR, ΣG, ΣB), and with
+// q = (2^(15 + k) - 1 - S(ΣR, ΣG, ΣB)) >> 16 (32-bit multiply-adds of the
+// sums, each at most 1020, so |S| < 2^25),
+// dU = ΣB - ΣG + q and dV = ΣR - ΣG + q, within +-1100.  Then
+// dU * 32244 >> (16 + k) = mulhi(dU, 32244) >> k, and as
+// dV * 57475 = 65536 dV - 8061 dV, dV * 57475 >> (16 + k) =
+// (dV + mulhi(dV, -8061)) >> k: floors of floors.  U stays within 16..239;
+// V is left unclamped, within -50..300, for the saturating pack that follows.
+template <int CellShift, class DI16>
+HWY_INLINE void chromaOfCells(DI16 di16, hn::Vec<DI16> sumRed, hn::Vec<DI16> sumGreen, hn::Vec<DI16> sumBlue,
+                              hn::Vec<DI16>& cellU, hn::Vec<DI16>& cellV)
+{
+    const hn::Repartition<std::int32_t, DI16> di32;
+    // 2^(15 + k) - 1 - S as two multiply-adds over (ΣR, ΣG) and (ΣB, 0) onto the constant.
+    const auto redGreenWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(
+                                                                     static_cast<std::uint16_t>(-19595) |
+                                                                     static_cast<std::uint32_t>(27066) << 16)));
+    const auto blueWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(static_cast<std::uint16_t>(-7471))));
+    const auto roundUp = hn::Set(di32, (1 << (15 + CellShift)) - 1);
+    const auto cellTerm = [&](const auto redGreen, const auto blueZero) {
+        auto other = hn::Zero(di32), blueOther = hn::Zero(di32);
+        const auto sum = hn::ReorderWidenMulAccumulate(di32, redGreen, redGreenWeights, roundUp, other);
+        const auto blue = hn::ReorderWidenMulAccumulate(di32, blueZero, blueWeights, hn::Zero(di32), blueOther);
+        return hn::ShiftRight<16>(hn::Add(hn::RearrangeToOddPlusEven(sum, other),
+                                          hn::RearrangeToOddPlusEven(blue, blueOther)));
+    };
+    const auto zero = hn::Zero(di16);
+    const auto q = packWords(di16,
+                             cellTerm(hn::BitCast(di16, hn::ZipLower(di32, sumRed, sumGreen)),
+                                      hn::BitCast(di16, hn::ZipLower(di32, sumBlue, zero))),
+                             cellTerm(hn::BitCast(di16, hn::ZipUpper(di32, sumRed, sumGreen)),
+                                      hn::BitCast(di16, hn::ZipUpper(di32, sumBlue, zero))));
+    const auto qLessGreen = hn::Sub(q, sumGreen);
+    const auto dU = hn::Add(sumBlue, qLessGreen), dV = hn::Add(sumRed, qLessGreen);
+    const auto half = hn::Set(di16, 128);
+    cellU = hn::Add(hn::ShiftRight<CellShift>(hn::MulHigh(dU, hn::Set(di16, 32244))), half);
+    cellV = hn::Add(hn::ShiftRight<CellShift>(hn::Add(dV, hn::MulHigh(dV, hn::Set(di16, -8061)))), half);
+}
+
+// Rows in pairs, a vector of pixels a step in each row: each row's luma
+// (lumaOfPixels), packed back to pixel order; the cells' channel sums, both
+// rows' pair sums added; their U and V (chromaOfCells), saturated to bytes as
+// the scalar clamp.  The cells after the last whole step go to `tail`, the
+// scalar kernel compiled for the baseline.
 template <class Source, class Tail>
 HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u* HWY_RESTRICT yTop,
                                     Kel8u* HWY_RESTRICT yBottom, Kel8u* HWY_RESTRICT u, Kel8u* HWY_RESTRICT v,
@@ -327,19 +387,8 @@ HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u
 {
     const hn::ScalableTag<std::uint8_t> du8;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
-    const hn::Repartition<std::int32_t, decltype(du8)> di32;
     const hn::Rebind<std::uint8_t, decltype(di16)> du8Half;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
-    const auto zero = hn::Zero(du8);
-    const auto redGreenHigh = bytePair(di16, kRedHigh, kGreenHigh), redGreenLow = bytePair(di16, kRedLow, kGreenLow);
-    const auto blueHigh = bytePair(di16, kBlueHigh, 0), blueLow = bytePair(di16, kBlueLow, 0);
-    const auto ones = bytePair(di16, 1, 1);
-    // 0x1FFFF - S as two multiply-adds over (ΣR, ΣG) and (ΣB, 0), plus 0x1FFFF.
-    const auto redGreenWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(
-                                                                     static_cast<std::uint16_t>(-19595) |
-                                                                     static_cast<std::uint32_t>(27066) << 16)));
-    const auto blueWeights = hn::BitCast(di16, hn::Set(di32, static_cast<std::int32_t>(static_cast<std::uint16_t>(-7471))));
-    const auto roundUp = hn::Set(di32, 0x1FFFF);
 
     const int evenWidth = width & ~1;
     int x = 0;
@@ -348,40 +397,16 @@ HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u
         for (int row = 0; row < 2; ++row) {
             hn::Vec<decltype(du8)> r, g, b;
             (row == 0 ? top : bottom).get(du8, x, r, g, b);
-            const auto luma = [&](const auto redGreen, const auto blueZero, const auto green) {
-                const auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
-                const auto low = hn::Add(pairProducts(di16, redGreen, redGreenLow), pairProducts(di16, blueZero, blueLow));
-                return hn::Add(hn::BitCast(di16, green), hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
-            };
-            const auto first = luma(hn::InterleaveLower(du8, r, g), hn::InterleaveLower(du8, b, zero),
-                                    hn::InterleaveLower(du8, g, zero));
-            const auto second = luma(hn::InterleaveUpper(du8, r, g), hn::InterleaveUpper(du8, b, zero),
-                                     hn::InterleaveUpper(du8, g, zero));
+            hn::Vec<decltype(di16)> first, second;
+            lumaOfPixels(du8, di16, r, g, b, first, second);
             hn::StoreU(packBytes(du8, first, second), du8, (row == 0 ? yTop : yBottom) + x);
-            const auto red = pairProducts(di16, r, ones), green = pairProducts(di16, g, ones),
-                       blue = pairProducts(di16, b, ones);
+            const auto red = pairSums(di16, r), green = pairSums(di16, g), blue = pairSums(di16, b);
             sumRed = row == 0 ? red : hn::Add(sumRed, red);
             sumGreen = row == 0 ? green : hn::Add(sumGreen, green);
             sumBlue = row == 0 ? blue : hn::Add(sumBlue, blue);
         }
-        const auto cellTerm = [&](const auto redGreen, const auto blueZero) {
-            auto other = hn::Zero(di32), blueOther = hn::Zero(di32);
-            const auto sum = hn::ReorderWidenMulAccumulate(di32, redGreen, redGreenWeights, roundUp, other);
-            const auto blue = hn::ReorderWidenMulAccumulate(di32, blueZero, blueWeights, hn::Zero(di32), blueOther);
-            return hn::ShiftRight<16>(hn::Add(hn::RearrangeToOddPlusEven(sum, other),
-                                              hn::RearrangeToOddPlusEven(blue, blueOther)));
-        };
-        const auto zero16 = hn::Zero(di16);
-        const auto q = packWords(di16,
-                                 cellTerm(hn::BitCast(di16, hn::ZipLower(di32, sumRed, sumGreen)),
-                                          hn::BitCast(di16, hn::ZipLower(di32, sumBlue, zero16))),
-                                 cellTerm(hn::BitCast(di16, hn::ZipUpper(di32, sumRed, sumGreen)),
-                                          hn::BitCast(di16, hn::ZipUpper(di32, sumBlue, zero16))));
-        const auto qLessGreen = hn::Sub(q, sumGreen);
-        const auto dU = hn::Add(sumBlue, qLessGreen), dV = hn::Add(sumRed, qLessGreen);
-        const auto half = hn::Set(di16, 128);
-        const auto cellU = hn::Add(hn::ShiftRight<2>(hn::MulHigh(dU, hn::Set(di16, 32244))), half);
-        const auto cellV = hn::Add(hn::ShiftRight<2>(hn::Add(dV, hn::MulHigh(dV, hn::Set(di16, -8061)))), half);
+        hn::Vec<decltype(di16)> cellU, cellV;
+        chromaOfCells<2>(di16, sumRed, sumGreen, sumBlue, cellU, cellV);
         hn::StoreU(hn::DemoteTo(du8Half, cellU), du8Half, u + x / 2);
         hn::StoreU(hn::DemoteTo(du8Half, cellV), du8Half, v + x / 2);
     }
