@@ -312,11 +312,12 @@ YUVRow<Byte> yuvRow(const PlaneRows<Byte>& yuv, int y)
 
 } // namespace
 
+// The pixel-order rows' kernels are chosen once per call: the fastest this
+// processor runs (yuvpxsimd.cpp), which gives the scalar kernel's bytes.
 void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        innerRGBToYUV422_8u_C3C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
-    });
+    const Row422 row = chooseRGBToYUV422_8u_C3C2R();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
                             int height)
@@ -334,9 +335,10 @@ void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const 
 // A row of one pixel has no pair before it to lend the missing V.
 void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const Row422 row = chooseYUV422ToRGB_8u_C2C3R();
     forEachRow(height, [&](int y) {
         if (width == 1) unrealYUV(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y));
-        else innerYUV422ToRGB_8u_C2C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+        else row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
     });
 }
 void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,

@@ -1,4 +1,4 @@
-// RGB <-> full-range YUV 4:2:0 on whole vectors, compiled once for every SIMD
+// RGB <-> full-range YUV 4:2:0 and pixel-order 4:2:2 on whole vectors, compiled once for every SIMD
 // target (foreach_target.h includes this file once a target).
 #include "yuvpxsimd.h"
 
@@ -431,6 +431,136 @@ void rowPairRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop,
     });
 }
 
+// ---- 4:2:2 in pixel order (Y0 U Y1 V) -------------------------------------------------------------------
+
+// Pixel-order bytes, two a pixel, regrouped by 16-byte blocks between the
+// layout of memory (`first` holds the lower half of the pixels) and the
+// layout of a zip within blocks (block j of `first` holds the lower half of
+// the pixels of block j of the pack, `second` the upper half), which
+// packBytes and lumaOfPixels use.  One-block targets need nothing.
+template <class V>
+HWY_INLINE void splitBlocks(V& first, V& second)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    const __m512i a = first.raw, b = second.raw;
+    first.raw = _mm512_shuffle_i64x2(a, b, 0x88);   // blocks a0 a2 b0 b2
+    second.raw = _mm512_shuffle_i64x2(a, b, 0xDD);  // blocks a1 a3 b1 b3
+#elif HWY_TARGET == HWY_AVX2
+    const __m256i a = first.raw, b = second.raw;
+    first.raw = _mm256_permute2x128_si256(a, b, 0x20);   // blocks a0 b0
+    second.raw = _mm256_permute2x128_si256(a, b, 0x31);  // blocks a1 b1
+#else
+    static_assert(sizeof(first) <= 16, "one block");
+    (void)first;
+    (void)second;
+#endif
+}
+
+template <class V>
+HWY_INLINE void joinBlocks(V& first, V& second)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    const __m512i a = first.raw, b = second.raw;
+    first.raw = _mm512_permutex2var_epi64(a, _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11), b);   // a0 b0 a1 b1
+    second.raw = _mm512_permutex2var_epi64(a, _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15), b);  // a2 b2 a3 b3
+#else
+    splitBlocks(first, second);  // its own inverse on two blocks or one
+#endif
+}
+
+// A row of pixel pairs to RGB24, a vector of pixels a step.  The scalar
+// kernel gives each pixel clamp((65536 * Y + C) >> 16), C the pair's chroma
+// term, the formula of the 4:2:0 inverse (see rowPairsYUV420) and computed
+// the same way: a pair's four bytes are one 32-bit lane, whose Y bytes,
+// masked, are its pixels' 16-bit lanes and whose U and V bytes, shifted
+// down and masked, are chromaTerm's (U, V) pair.  A last single pixel and
+// the pairs after the last whole step go to `tail`, the scalar kernel
+// compiled for the baseline.
+template <const yuv::Inverse& K, class Tail>
+HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, const Tail& tail)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of source bytes
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
+
+    const int evenWidth = width & ~1;
+    int x = 0;
+    for (; x + step <= evenWidth; x += step) {
+        auto first = hn::LoadU(du8, src + 2 * x), second = hn::LoadU(du8, src + 2 * x + step);
+        splitBlocks(first, second);
+        const auto pixels = [&](const auto bytes, auto& red, auto& green, auto& blue) {
+            const auto luma = hn::BitCast(di16, hn::And(hn::BitCast(du16, bytes), hn::Set(du16, 0xFF)));
+            const auto pairs = hn::BitCast(di16, hn::And(hn::ShiftRight<8>(hn::BitCast(du32, bytes)), hn::Set(du32, 0xFF00FF)));
+            const auto channel = [&](const auto term) {
+                return hn::Add(luma, hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, term), highHalves)));
+            };
+            red = channel(chromaTerm<kYUVRedWeights<K, 0>>(di32, pairs));
+            green = channel(chromaTerm<kYUVGreenWeights<K, 0>>(di32, pairs));
+            blue = channel(chromaTerm<kYUVBlueWeights<K, 0>>(di32, pairs));
+        };
+        hn::Vec<decltype(di16)> redFirst, greenFirst, blueFirst, redSecond, greenSecond, blueSecond;
+        pixels(first, redFirst, greenFirst, blueFirst);
+        pixels(second, redSecond, greenSecond, blueSecond);
+        storeInterleaved3(du8, packBytes(du8, redFirst, redSecond), packBytes(du8, greenFirst, greenSecond),
+                          packBytes(du8, blueFirst, blueSecond), dst + 3 * x);
+    }
+    if (x < width) tail(x);
+}
+
+// A row of RGB24 to pixel pairs, a vector of pixels a step: each pixel's Y
+// (lumaOfPixels) and each pair's U and V (chromaOfCells over the pair's
+// sums), the formulas with k = 1.  A pixel's chroma byte (U for the first of
+// a pair, V for the second) goes above its Y in a 16-bit lane, V saturated
+// first as the scalar clamp; zipping U and V of the cells within blocks
+// gives the pixels the order lumaOfPixels gives Y.  A last single pixel and
+// the pairs after the last whole step go to `tail`, the scalar kernel
+// compiled for the baseline.
+template <class Tail>
+HWY_INLINE void rowRGBToYUV422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, const Tail& tail)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of pairs
+
+    const InterleavedRGB source{src};
+    const int evenWidth = width & ~1;
+    int x = 0;
+    for (; x + step <= evenWidth; x += step) {
+        hn::Vec<decltype(du8)> r, g, b;
+        source.get(du8, x, r, g, b);
+        hn::Vec<decltype(di16)> lumaFirst, lumaSecond, cellU, cellV;
+        lumaOfPixels(du8, di16, r, g, b, lumaFirst, lumaSecond);
+        chromaOfCells<1>(di16, pairSums(di16, r), pairSums(di16, g), pairSums(di16, b), cellU, cellV);
+        cellV = hn::Min(hn::Max(cellV, hn::Zero(di16)), hn::Set(di16, 255));
+        const auto pair = [&](const auto luma, const auto chroma) {
+            return hn::BitCast(du8, hn::Or(hn::BitCast(du16, luma), hn::ShiftLeft<8>(hn::BitCast(du16, chroma))));
+        };
+        auto first = pair(lumaFirst, hn::ZipLower(di32, cellU, cellV));
+        auto second = pair(lumaSecond, hn::ZipUpper(di32, cellU, cellV));
+        joinBlocks(first, second);
+        hn::StoreU(first, du8, dst + 2 * x);
+        hn::StoreU(second, du8, dst + 2 * x + step);
+    }
+    if (x < width) tail(x);
+}
+
+void rowYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
+{
+    rowYUV422ToRGB<yuv::inverse1>(src, dst, width,
+                                  [&](int x) { innerYUV422ToRGB_8u_C2C3R(src + 2 * x, dst + 3 * x, width - x); });
+}
+
+void rowRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    rowRGBToYUV422(src, dst, width, [&](int x) { innerRGBToYUV422_8u_C3C2R(src + 3 * x, dst + 2 * x, width - x); });
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace kel
 HWY_AFTER_NAMESPACE();
@@ -444,6 +574,8 @@ HWY_EXPORT(rowPairYUV420ToRGB_8u_P3R);
 HWY_EXPORT(rowPairYUV420ToBGR_8u_P3C3R);
 HWY_EXPORT(rowPairRGBToYUV420_8u_C3P3R);
 HWY_EXPORT(rowPairRGBToYUV420_8u_P3R);
+HWY_EXPORT(rowYUV422ToRGB_8u_C2C3R);
+HWY_EXPORT(rowRGBToYUV422_8u_C3C2R);
 
 RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R()
 {
@@ -481,6 +613,18 @@ RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()
     return &HWY_DYNAMIC_DISPATCH(rowPairRGBToYUV420_8u_P3R);
 }
 
+Row422 chooseYUV422ToRGB_8u_C2C3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYUV422ToRGB_8u_C2C3R);
+}
+
+Row422 chooseRGBToYUV422_8u_C3C2R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYUV422_8u_C3C2R);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -516,6 +660,16 @@ RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R()
 RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()
 {
     return innerRGBToYUV420_8u_P3R;
+}
+
+Row422 chooseYUV422ToRGB_8u_C2C3R()
+{
+    return innerYUV422ToRGB_8u_C2C3R;
+}
+
+Row422 chooseRGBToYUV422_8u_C3C2R()
+{
+    return innerRGBToYUV422_8u_C3C2R;
 }
 
 } // namespace kel

@@ -1,4 +1,4 @@
-// Whole-vector kernels of RGB <-> full-range YUV 4:2:0, beside the scalar
+// Whole-vector kernels of RGB <-> full-range YUV 4:2:0 and pixel-order 4:2:2, beside the scalar
 // kernels of yuvpx.cpp, which stay the reference and finish every row.
 #pragma once
 
@@ -23,6 +23,12 @@ void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTo
 void innerRGBToYUV420_8u_P3R(kel::PlaneSource top, kel::PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
                              Kel8u* v, int width);
 
+// The pixel-order 4:2:2 row kernels (Y0 U Y1 V pairs): a last single pixel
+// in a pair cut after two bytes.  The inverse takes the V it lacks from the
+// pair before, so it needs width 2 or more.
+void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width);
+
 namespace kel {
 
 // A 4:2:0 inverse row pair into pixel-order rows, and into R, G, B planes.
@@ -46,5 +52,10 @@ using RowPairRGBToYUV420Planes = void (*)(PlaneSource top, PlaneSource bottom, K
                                           Kel8u* v, int width);
 RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R();
 RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R();
+
+// A 4:2:2 row, pixel pairs to RGB24 or back.
+using Row422 = void (*)(const Kel8u* src, Kel8u* dst, int width);
+Row422 chooseYUV422ToRGB_8u_C2C3R();
+Row422 chooseRGBToYUV422_8u_C3C2R();
 
 } // namespace kel
