@@ -468,24 +468,45 @@ HWY_INLINE void joinBlocks(V& first, V& second)
 #endif
 }
 
+// Byte indices that copy a pair's U (or V) byte into both its pixels' 16-bit
+// lanes, with a zero byte above.
+alignas(16) constexpr std::uint8_t kSpreadU[16] = {1, 0x80, 1, 0x80, 5, 0x80, 5, 0x80, 9, 0x80, 9, 0x80, 13, 0x80, 13, 0x80};
+alignas(16) constexpr std::uint8_t kSpreadV[16] = {3, 0x80, 3, 0x80, 7, 0x80, 7, 0x80, 11, 0x80, 11, 0x80, 15, 0x80, 15, 0x80};
+
 // A row of pixel pairs to RGB24, a vector of pixels a step.  The scalar
 // kernel gives each pixel clamp((65536 * Y + C) >> 16), C the pair's chroma
-// term, the formula of the 4:2:0 inverse (see rowPairsYUV420) and computed
-// the same way: a pair's four bytes are one 32-bit lane, whose Y bytes,
-// masked, are its pixels' 16-bit lanes and whose U and V bytes, shifted
-// down and masked, are chromaTerm's (U, V) pair.  A last single pixel and
-// the pairs after the last whole step go to `tail`, the scalar kernel
-// compiled for the baseline.
+// term with no rounding half, and as 65536 * Y is a whole multiple of 65536
+// that is clamp(Y + (C >> 16)).  With du = U - 128 and dv = V - 128, and the
+// weights above 16 bits split into multiples of 65536 and a rest,
+//   red:   C = vToR * dv = 65536 dv + rest * dv, C >> 16 = dv + mulhi(dv, rest);
+//   blue:  C = uToB * du = 131072 du + rest * du, C >> 16 = 2 du + mulhi(du, rest);
+//   green: C = -uToG * du - vToG * dv = -65536 dv + (-uToG * du + rest * dv),
+//          C >> 16 = -dv + ((-uToG * du + rest * dv) >> 16),
+// mulhi being the floor of the product / 65536, as the scalar shift is.  Red
+// and blue work in the pixels' 16-bit lanes, U and V copied there from their
+// pair; green's sum of two products is a 32-bit multiply-add a pair, its
+// result (within +-100) copied to the pair's pixels.  The sums lie within
+// -300..560 and the pack saturates them as the scalar clamp.  A pair's four
+// bytes are one 32-bit lane, its Y bytes, masked, its pixels' 16-bit lanes.
+// A last single pixel and the pairs after the last whole step go to `tail`,
+// the scalar kernel compiled for the baseline.
 template <const yuv::Inverse& K, class Tail>
 HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, const Tail& tail)
 {
+    constexpr std::int32_t redRest = K.vToR - 65536, blueRest = K.uToB - 2 * 65536, greenRest = 65536 - K.vToG;
+    static_assert(redRest >= 0 && redRest < 32768 && blueRest >= 0 && blueRest < 32768 && greenRest >= 0 &&
+                      greenRest < 32768 && K.uToG < 32768,
+                  "each rest is a 16-bit weight");
     const hn::ScalableTag<std::uint8_t> du8;
     const hn::Repartition<std::uint16_t, decltype(du8)> du16;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
     const hn::Repartition<std::int32_t, decltype(du8)> di32;
     const hn::Repartition<std::uint32_t, decltype(du8)> du32;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of source bytes
-    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
+    const auto spreadU = hn::LoadDup128(du8, kSpreadU), spreadV = hn::LoadDup128(du8, kSpreadV);
+    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto centre = hn::Set(di16, 128);
+    const auto greenWeights = hn::BitCast(di16, hn::Set(di32, weightPair(-K.uToG, greenRest)));
 
     const int evenWidth = width & ~1;
     int x = 0;
@@ -494,13 +515,18 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
         splitBlocks(first, second);
         const auto pixels = [&](const auto bytes, auto& red, auto& green, auto& blue) {
             const auto luma = hn::BitCast(di16, hn::And(hn::BitCast(du16, bytes), hn::Set(du16, 0xFF)));
-            const auto pairs = hn::BitCast(di16, hn::And(hn::ShiftRight<8>(hn::BitCast(du32, bytes)), hn::Set(du32, 0xFF00FF)));
-            const auto channel = [&](const auto term) {
-                return hn::Add(luma, hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, term), highHalves)));
-            };
-            red = channel(chromaTerm<kYUVRedWeights<K, 0>>(di32, pairs));
-            green = channel(chromaTerm<kYUVGreenWeights<K, 0>>(di32, pairs));
-            blue = channel(chromaTerm<kYUVBlueWeights<K, 0>>(di32, pairs));
+            const auto du = hn::Sub(hn::BitCast(di16, hn::TableLookupBytesOr0(bytes, spreadU)), centre);
+            const auto dv = hn::Sub(hn::BitCast(di16, hn::TableLookupBytesOr0(bytes, spreadV)), centre);
+            red = hn::Add(hn::Add(luma, dv), hn::MulHigh(dv, hn::Set(di16, redRest)));
+            blue = hn::Add(hn::Add(luma, hn::Add(du, du)), hn::MulHigh(du, hn::Set(di16, blueRest)));
+            const auto pairs =
+                hn::Sub(hn::BitCast(di16, hn::And(hn::ShiftRight<8>(hn::BitCast(du32, bytes)), hn::Set(du32, 0xFF00FF))),
+                        centre);
+            auto other = hn::Zero(di32);
+            const auto sum = hn::ReorderWidenMulAccumulate(di32, pairs, greenWeights, hn::Zero(di32), other);
+            const auto greenTerm = hn::ShiftRight<16>(hn::RearrangeToOddPlusEven(sum, other));
+            green = hn::Add(hn::Sub(luma, dv),
+                            hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, greenTerm), lowHalves)));
         };
         hn::Vec<decltype(di16)> redFirst, greenFirst, blueFirst, redSecond, greenSecond, blueSecond;
         pixels(first, redFirst, greenFirst, blueFirst);
