@@ -319,13 +319,16 @@ HWY_INLINE void lumaOfPixels(DU8 du8, DI16 di16, hn::Vec<DU8> r, hn::Vec<DU8> g,
     const auto zero = hn::Zero(du8);
     const auto redGreenHigh = bytePair(di16, kRedHigh, kGreenHigh), redGreenLow = bytePair(di16, kRedLow, kGreenLow);
     const auto blueHigh = bytePair(di16, kBlueHigh, 0), blueLow = bytePair(di16, kBlueLow, 0);
-    const auto luma = [&](const auto redGreen, const auto blueZero, const auto green) {
+    const hn::RebindToUnsigned<DI16> du16;
+    // G is the upper byte of each (R, G) lane: a shift, not another shuffle.
+    const auto luma = [&](const auto redGreen, const auto blueZero) {
         const auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
         const auto low = hn::Add(pairProducts(di16, redGreen, redGreenLow), pairProducts(di16, blueZero, blueLow));
-        return hn::Add(hn::BitCast(di16, green), hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
+        const auto green = hn::BitCast(di16, hn::ShiftRight<8>(hn::BitCast(du16, redGreen)));
+        return hn::Add(green, hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
     };
-    first = luma(hn::InterleaveLower(du8, r, g), hn::InterleaveLower(du8, b, zero), hn::InterleaveLower(du8, g, zero));
-    second = luma(hn::InterleaveUpper(du8, r, g), hn::InterleaveUpper(du8, b, zero), hn::InterleaveUpper(du8, g, zero));
+    first = luma(hn::InterleaveLower(du8, r, g), hn::InterleaveLower(du8, b, zero));
+    second = luma(hn::InterleaveUpper(du8, r, g), hn::InterleaveUpper(du8, b, zero));
 }
 
 // The sums of a channel over each two adjacent pixels, one 16-bit lane a pair.
