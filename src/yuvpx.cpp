@@ -5,6 +5,7 @@
 #include "callframe.h"
 #include "rowstore.h"
 #include "yuvconv.h"
+#include "yuvpxsimd.h"
 
 using namespace kel;
 using namespace kel::yuv;
@@ -81,6 +82,8 @@ void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const K
                                 Kel8u* bottom, int width);
 void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
                              PlaneStore top, PlaneStore bottom, int width);
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
 void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height);
 
@@ -309,11 +312,12 @@ YUVRow<Byte> yuvRow(const PlaneRows<Byte>& yuv, int y)
 
 } // namespace
 
+// The pixel-order rows' kernels are chosen once per call: the fastest this
+// processor runs (yuvpxsimd.cpp), which gives the scalar kernel's bytes.
 void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        innerRGBToYUV422_8u_C3C2R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
-    });
+    const Row422 row = chooseRGBToYUV422_8u_C3C2R();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
                             int height)
@@ -331,9 +335,10 @@ void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const 
 // A row of one pixel has no pair before it to lend the missing V.
 void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const Row422 row = chooseYUV422ToRGB_8u_C2C3R();
     forEachRow(height, [&](int y) {
         if (width == 1) unrealYUV(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y));
-        else innerYUV422ToRGB_8u_C2C3R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
+        else row(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width);
     });
 }
 void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
@@ -356,14 +361,17 @@ void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel
     forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3R(yuvRow(yuv, y), planeStore(rgb, y), width); });
 }
 
-// 4:2:0: row pairs, each with one chroma row.
+// 4:2:0: row pairs, each with one chroma row.  The row-pair kernel is chosen
+// once per call: the fastest this processor runs (yuvpxsimd.cpp), which gives
+// the scalar kernel's bytes.
 void myRGBToYUV420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
                             int height)
 {
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    const RowPairRGBToYUV420 rowPair = chooseRGBToYUV420_8u_C3P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerRGBToYUV420_8u_C3P3R(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), yuv.row(0, top),
-                                  yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), width);
+        rowPair(rowAt(pSrc, srcStep, top), rowAt(pSrc, srcStep, bottom), yuv.row(0, top), yuv.row(0, bottom),
+                yuv.row(1, chroma), yuv.row(2, chroma), width);
     });
 }
 void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
@@ -371,27 +379,32 @@ void myRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const 
 {
     const PlaneRows<const Kel8u> rgb(pSrc, srcStep);
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
+    const RowPairRGBToYUV420Planes rowPair = chooseRGBToYUV420_8u_P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerRGBToYUV420_8u_P3R(planeSource(rgb, top), planeSource(rgb, bottom), yuv.row(0, top), yuv.row(0, bottom),
-                                yuv.row(1, chroma), yuv.row(2, chroma), width);
+        rowPair(planeSource(rgb, top), planeSource(rgb, bottom), yuv.row(0, top), yuv.row(0, bottom),
+                yuv.row(1, chroma), yuv.row(2, chroma), width);
     });
 }
+// The inverse row-pair kernel is chosen once per call: the fastest this
+// processor runs (yuvpxsimd.cpp), which gives the scalar kernel's bytes.
 void myYUV420ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                             int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToRGB_8u_P3C3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3C3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                  rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 void myYUV420ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToRGB_8u_P3AC4R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3AC4R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                   rowAt(pDst, dstStep, top), rowAt(pDst, dstStep, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }
 void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
@@ -399,9 +412,10 @@ void myYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
     const PlaneRows<Kel8u> rgb(pDst, dstStep);
+    const RowPairYUV420Planes rowPair = chooseYUV420ToRGB_8u_P3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        innerYUV420ToRGB_8u_P3R(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                                planeStore(rgb, top), planeStore(rgb, bottom), width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), planeStore(rgb, top),
+                planeStore(rgb, bottom), width);
     });
 }
 
@@ -681,14 +695,20 @@ void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8
     inverse420<0>(yTop, yBottom, u, v, top, bottom, width);
 }
 
-// Row loop and kernel in one: 4:2:0 to blue-first pixels.
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width)
+{
+    inverse420<0>(yTop, yBottom, u, v, PixelStore<3, kBGR>{top}, PixelStore<3, kBGR>{bottom}, width);
+}
+
+// Row loop of 4:2:0 to blue-first pixels, its kernel chosen once per call.
 void ownYUV420ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
+    const RowPairYUV420 rowPair = chooseYUV420ToBGR_8u_P3C3R();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        inverse420<0>(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma),
-                      PixelStore<3, kBGR>{rowAt(pDst, dstStep, top)}, PixelStore<3, kBGR>{rowAt(pDst, dstStep, bottom)},
-                      width);
+        rowPair(yuv.row(0, top), yuv.row(0, bottom), yuv.row(1, chroma), yuv.row(2, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width);
     });
 }

@@ -1,0 +1,61 @@
+// Whole-vector kernels of RGB <-> full-range YUV 4:2:0 and pixel-order 4:2:2, beside the scalar
+// kernels of yuvpx.cpp, which stay the reference and finish every row.
+#pragma once
+
+#include "kelcc.h"
+#include "rowstore.h"
+
+// The scalar row-pair kernels of 4:2:0 (yuvpx.cpp): two luma rows, their
+// chroma row, two destination rows; an odd last column is left alone.
+void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                                Kel8u* bottom, int width);
+void innerYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                             kel::PlaneStore top, kel::PlaneStore bottom, int width);
+void innerYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+
+// The forward row-pair kernels: two source rows, two luma rows and the chroma
+// row of their cells; an odd last column is left alone.
+void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
+                               int width);
+void innerRGBToYUV420_8u_P3R(kel::PlaneSource top, kel::PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                             Kel8u* v, int width);
+
+// The pixel-order 4:2:2 row kernels (Y0 U Y1 V pairs): a last single pixel
+// in a pair cut after two bytes.  The inverse takes the V it lacks from the
+// pair before, so it needs width 2 or more.
+void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
+void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width);
+
+namespace kel {
+
+// A 4:2:0 inverse row pair into pixel-order rows, and into R, G, B planes.
+using RowPairYUV420 = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
+                               Kel8u* bottom, int width);
+using RowPairYUV420Planes = void (*)(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                                     PlaneStore top, PlaneStore bottom, int width);
+
+// The fastest row-pair kernel this processor runs, the same bytes as the
+// scalar kernel of the same name; the scalar kernel itself in a build
+// without SIMD.
+RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R();
+RowPairYUV420 chooseYUV420ToRGB_8u_P3AC4R();
+RowPairYUV420Planes chooseYUV420ToRGB_8u_P3R();
+RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R();
+
+// A 4:2:0 forward row pair from pixel-order rows, and from R, G, B planes.
+using RowPairRGBToYUV420 = void (*)(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                    Kel8u* v, int width);
+using RowPairRGBToYUV420Planes = void (*)(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                          Kel8u* v, int width);
+RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R();
+RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R();
+
+// A 4:2:2 row, pixel pairs to RGB24 or back.
+using Row422 = void (*)(const Kel8u* src, Kel8u* dst, int width);
+Row422 chooseYUV422ToRGB_8u_C2C3R();
+Row422 chooseRGBToYUV422_8u_C3C2R();
+
+} // namespace kel
