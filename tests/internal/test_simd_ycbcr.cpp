@@ -48,29 +48,6 @@ const PlaneMember kPlaneMembers[] = {
     {"YCbCrToRGB_P3R", keliYCbCrToRGB_8u_P3R, kel::chooseYCbCrToRGB_P3, innerYCbCrToRGB_C3P2_C3P2R},
 };
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One image in a buffer of its own: `lead` guard bytes, rows `step` apart
-// (step may exceed the row), trailing guard bytes; every byte random at first.
-struct Buffer {
-    Buffer(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 TEST(SimdYCbCr, EveryTargetHasItsOwnKernel)
 {
     const auto count = [](auto choose, const char* name) {
@@ -93,11 +70,11 @@ TEST(SimdYCbCr, PixelRowMatchesScalarKernelAtEveryWidth)
 {
     for (const PixelMember& m : kPixelMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Buffer src(1, m.pitch * width + 1, lead, gen), fast(1, m.pitch * width + 1, 3 - lead, gen);
-                    Buffer scalar = fast;
+                    kt::RandomRows src(1, m.pitch * width + 1, lead, gen), fast(1, m.pitch * width + 1, 3 - lead, gen);
+                    kt::RandomRows scalar = fast;
                     m.choose()(src.row(0), fast.row(0), width);
                     m.scalar(src.row(0), scalar.row(0), width);
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
@@ -112,11 +89,11 @@ TEST(SimdYCbCr, PlaneRowMatchesScalarKernelAtEveryWidth)
 {
     for (const PlaneMember& m : kPlaneMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Buffer src(3, width + 5, lead, gen), fast(3, width + 3, 3 - lead, gen);
-                    Buffer scalar = fast;
+                    kt::RandomRows src(3, width + 5, lead, gen), fast(3, width + 3, 3 - lead, gen);
+                    kt::RandomRows scalar = fast;
                     const Kel8u* const srcRows[3] = {src.row(0), src.row(1), src.row(2)};
                     Kel8u* const fastRows[3] = {fast.row(0), fast.row(2), fast.row(1)};
                     Kel8u* const scalarRows[3] = {scalar.row(0), scalar.row(2), scalar.row(1)};
@@ -136,14 +113,14 @@ TEST(SimdYCbCr, PixelPublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const PixelMember& m : kPixelMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                     const int rowBytes = m.pitch * width;
-                    Buffer src(height, rowBytes + 5 + (rowBytes & 1), 1, gen);
-                    Buffer dst(height, rowBytes + 9 + (rowBytes & 1), 3, gen);
-                    Buffer expected = dst;
+                    kt::RandomRows src(height, rowBytes + 5 + (rowBytes & 1), 1, gen);
+                    kt::RandomRows dst(height, rowBytes + 9 + (rowBytes & 1), 3, gen);
+                    kt::RandomRows expected = dst;
                     for (int y = 0; y < height; ++y) m.scalar(src.row(y), expected.row(y), width);
                     ASSERT_EQ(kelOk, m.call(src.row(0), src.step, dst.row(0), dst.step, {width, height}));
                     ASSERT_TRUE(dst.bytes == expected.bytes)
@@ -158,13 +135,13 @@ TEST(SimdYCbCr, PlanePublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const PlaneMember& m : kPlaneMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                     const int srcStep = width + 7 + (width & 1), dstStep = width + 3 + (width & 1);
-                    Buffer src(3 * height, srcStep, 2, gen), dst(3 * height, dstStep, 1, gen);
-                    Buffer expected = dst;
+                    kt::RandomRows src(3 * height, srcStep, 2, gen), dst(3 * height, dstStep, 1, gen);
+                    kt::RandomRows expected = dst;
                     for (int y = 0; y < height; ++y) {
                         const Kel8u* const srcRows[3] = {src.row(y), src.row(height + y), src.row(2 * height + y)};
                         Kel8u* const rows[3] = {expected.row(y), expected.row(height + y), expected.row(2 * height + y)};
@@ -186,11 +163,11 @@ TEST(SimdYCbCr, PlanesToPixelsMatchScalarKernelAtEveryWidthAndSize)
 {
     const PlanesToPixelRow scalar = innerYCbCrToRGB_8u_P3C3R;
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                Buffer src(3, width + 5, lead, gen), fast(1, 3 * width + 1, 3 - lead, gen);
-                Buffer expected = fast;
+                kt::RandomRows src(3, width + 5, lead, gen), fast(1, 3 * width + 1, 3 - lead, gen);
+                kt::RandomRows expected = fast;
                 const Kel8u* const srcRows[3] = {src.row(2), src.row(0), src.row(1)};
                 kel::chooseYCbCrToRGB_P3C3()(srcRows, fast.row(0), width);
                 scalar(srcRows, expected.row(0), width);
@@ -200,8 +177,8 @@ TEST(SimdYCbCr, PlanesToPixelsMatchScalarKernelAtEveryWidthAndSize)
             for (int height = 1; height <= 9; ++height) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                 const int srcStep = width + 7 + (width & 1), dstStep = 3 * width + 3 + (width & 1);
-                Buffer src(3 * height, srcStep, 2, gen), dst(height, dstStep, 1, gen);
-                Buffer expected = dst;
+                kt::RandomRows src(3 * height, srcStep, 2, gen), dst(height, dstStep, 1, gen);
+                kt::RandomRows expected = dst;
                 for (int y = 0; y < height; ++y) {
                     const Kel8u* const srcRows[3] = {src.row(y), src.row(height + y), src.row(2 * height + y)};
                     scalar(srcRows, expected.row(y), width);
@@ -223,8 +200,8 @@ TEST(SimdYCbCr, OverlappingRowsGiveTheScalarKernelsBytes)
             for (int width : {1, 16, 63, 64, 65, 200}) {
                 for (int shift : {0, -5, -1, 1, 3, 64, 191}) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 256 + shift + 32));
-                    Buffer fast(1, m.pitch * width + 400, 200, gen);
-                    Buffer scalar = fast;
+                    kt::RandomRows fast(1, m.pitch * width + 400, 200, gen);
+                    kt::RandomRows scalar = fast;
                     m.choose()(fast.row(0), fast.row(0) + shift, width);
                     m.scalar(scalar.row(0), scalar.row(0) + shift, width);
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
@@ -238,9 +215,9 @@ TEST(SimdYCbCr, OverlappingRowsGiveTheScalarKernelsBytes)
             for (int width : {16, 65, 200}) {
                 for (int shift : {0, 1, -7}) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 256 + shift + 32));
-                    Buffer fast(4, width + 16, 16, gen);
-                    Buffer scalar = fast;
-                    const auto run = [&](Buffer& b, PlaneRow row) {
+                    kt::RandomRows fast(4, width + 16, 16, gen);
+                    kt::RandomRows scalar = fast;
+                    const auto run = [&](kt::RandomRows& b, PlaneRow row) {
                         const Kel8u* const src[3] = {b.row(0), b.row(1), b.row(2)};
                         Kel8u* const dst[3] = {b.row(3), b.row(1) + shift, b.row(0)};
                         row(src, dst, width);

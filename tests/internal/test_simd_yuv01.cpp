@@ -17,16 +17,6 @@ namespace {
 
 using kel::YUVRow;
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
 // One image in a buffer of its own: `lead` guard bytes, rows `step` apart,
 // trailing guard bytes; every byte random at first.  A planar image keeps
 // its planes one after another, `rows` rows each.
@@ -81,7 +71,7 @@ void rowMatchesScalar(const Member<Src, Dst>& m)
     const int srcPlanes = isPlanar(m.srcPitch) ? 3 : 1, dstPlanes = isPlanar(m.dstPitch) ? 3 : 1;
     const int srcPitch = isPlanar(m.srcPitch) ? 1 : m.srcPitch, dstPitch = isPlanar(m.dstPitch) ? 1 : m.dstPitch;
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
                 Buffer src(1, srcPlanes, srcPitch * width + 3, lead, gen);
@@ -104,7 +94,7 @@ void publicMatchesScalar(const Member<Src, Dst>& m)
     const int srcPlanes = isPlanar(m.srcPitch) ? 3 : 1, dstPlanes = isPlanar(m.dstPitch) ? 3 : 1;
     const int srcPitch = isPlanar(m.srcPitch) ? 1 : m.srcPitch, dstPitch = isPlanar(m.dstPitch) ? 1 : m.dstPitch;
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width == 0) continue;
             for (int height = 1; height <= 9; ++height) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));

@@ -3,8 +3,11 @@
 // back to the processor's own choice.  For the internal tests (src/simd.h).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <random>
 #include <string>
+#include <vector>
 
 #include "simd.h"
 
@@ -38,5 +41,29 @@ void forEachSimdTarget(const Body& body)
     body(std::string("scalar"));
 #endif
 }
+
+// Widths for comparing a vector kernel with its scalar kernel: every one up to
+// 70 (all step remainders of 16, 32 and 64 pixels), and wide rows with long tails.
+inline std::vector<int> simdTestWidths()
+{
+    std::vector<int> widths;
+    for (int w = 0; w <= 70; ++w) widths.push_back(w);
+    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
+    return widths;
+}
+
+// Rows in a buffer of their own: `lead` guard bytes, rows `step` apart (step
+// may exceed the row), 67 guard bytes after; every byte random at first.  Two
+// copies written by two kernels compare whole, guards and padding included.
+struct RandomRows {
+    RandomRows(int rows, int step, int lead, std::mt19937& gen)
+        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
+    {
+        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
+    }
+    std::uint8_t* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
+    int step, lead;
+    std::vector<std::uint8_t> bytes;
+};
 
 } // namespace kt
