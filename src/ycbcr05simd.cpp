@@ -24,82 +24,6 @@ namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Rows in pairs, a vector of luma bytes a step in each row: the step's cells
-// (one Cb and Cr each, a 32-bit lane a cell) give three chroma terms per cell,
-// shared by the cell's four pixels; each row then adds its own luma terms,
-// and the three channels are stored interleaved in the member's order.  Luma
-// is widened by zipping within 16-byte blocks, chroma likewise, so a pixel's
-// 16-bit lane and its cell's 32-bit lane stay side by side; the pack undoes
-// the zip.  Every pixel gets the scalar kernel's bytes by the same formula,
-//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16),
-// with the same floor and the same clamp (see chromaTerm and channelSum).
-// The cells after the last whole step go to the scalar kernel Tail itself,
-// compiled for the baseline.
-template <const InverseYCbCr& K, ChannelOrder O, RowPair420 Tail>
-HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
-                            const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr, Kel8u* top, Kel8u* bottom,
-                            int width)
-{
-    static_assert((O.r == 0 && O.b == 2) || (O.r == 2 && O.b == 0), "RGB or BGR");
-    const hn::ScalableTag<std::uint8_t> du8;
-    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
-    const hn::Repartition<std::int32_t, decltype(du8)> di32;
-    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
-    const hn::Repartition<std::int16_t, decltype(du8)> di16;
-    const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
-    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
-    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
-    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
-    const auto zero = hn::Zero(du8);
-
-    const int evenWidth = width & ~1;
-    int x = 0;
-    for (; x + step <= evenWidth; x += step) {
-        // The step's cells in 16-bit lanes, then (Cb, Cr) pairs zipped within
-        // blocks: `first` holds the cells of the pixels zipped into `first` below.
-        const auto cb16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cb + x / 2));
-        const auto cr16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cr + x / 2));
-        const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
-        const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
-        const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
-        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
-        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
-        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
-        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
-        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
-        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
-
-        for (int row = 0; row < 2; ++row) {
-            const Kel8u* luma = (row == 0 ? yTop : yBottom) + x;
-            Kel8u* dst = (row == 0 ? top : bottom) + 3 * x;
-            const auto lumaBytes = hn::LoadU(du8, luma);
-            const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
-            const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
-            const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
-                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
-            };
-            const auto red = channel(redFirst, redSecond);
-            const auto green = channel(greenFirst, greenSecond);
-            const auto blue = channel(blueFirst, blueSecond);
-            if constexpr (O.r == 0) storeInterleaved3(du8, red, green, blue, dst);
-            else storeInterleaved3(du8, blue, green, red, dst);
-        }
-    }
-    if (x < evenWidth) Tail(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
-}
-
-void rowPairYCbCr420ToRGB(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                          Kel8u* bottom, int width)
-{
-    rowPairs420<inverseT, kRGB, innerYCbCr420ToRGB_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
-}
-
-void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                          Kel8u* bottom, int width)
-{
-    rowPairs420<inverseU, kBGR, innerYCbCr420ToBGR_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
-}
-
 // ---- 4:2:2 pixel order ---------------------------------------------------------------------------
 
 // A 16-bit multiply-add into 32-bit lanes: sum + a0 * b0 + a1 * b1 in each
@@ -638,6 +562,96 @@ HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT c
     return x;
 }
 
+// Rows of luma sharing one chroma row (two in 4:2:0, one in planar 4:2:2 and
+// 4:1:1), a vector of luma bytes a step in each row: the step's cells (one
+// Cb and Cr each, a 32-bit lane for two pixels of each row) give three
+// chroma terms per cell, shared by the cell's pixels; each row then adds its
+// own luma terms, and the three channels are stored in the member's layout.
+// In 4:1:1 a chroma sample serves two such cells.  Luma is widened by
+// zipping within 16-byte blocks, chroma likewise, so a pixel's 16-bit lane
+// and its cell's 32-bit lane stay side by side; the pack undoes the zip.
+// Every pixel gets the scalar kernel's bytes by the same formula,
+//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16),
+// with the same floor and the same clamp (see chromaTerm and channelSum).
+// Steps run while whole within `end` pixels; returns the pixels done, for
+// the scalar kernel to finish from there.
+template <const InverseYCbCr& K, ChannelOrder O, int Pitch, int Rows, int Span>
+HWY_INLINE int cellRows(const Kel8u* const luma[Rows], Kel8u* const dst[Rows], const Kel8u* HWY_RESTRICT cb,
+                        const Kel8u* HWY_RESTRICT cr, int end, Kel8u alpha)
+{
+    static_assert(Span == 2 || Span == 4, "a chroma sample for two or four pixels");
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
+    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
+    const auto zero = hn::Zero(du8);
+    // A cell's chroma sample in its 16-bit lane; in 4:1:1 each sample twice.
+    const auto cells = [&](const Kel8u* plane) {
+        if constexpr (Span == 2) {
+            return hn::PromoteTo(du16, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du16)>(), plane));
+        } else {
+            const auto samples = hn::PromoteTo(du32, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du32)>(), plane));
+            return hn::BitCast(du16, hn::Or(samples, hn::ShiftLeft<16>(samples)));
+        }
+    };
+
+    int x = 0;
+    for (; x + step <= end; x += step) {
+        // The step's cells in 16-bit lanes, then (Cb, Cr) pairs zipped within
+        // blocks: `first` holds the cells of the pixels zipped into `first` below.
+        const auto cb16 = cells(cb + x / Span);
+        const auto cr16 = cells(cr + x / Span);
+        const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
+        const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
+        const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
+        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
+        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
+        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
+        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
+        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
+        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
+
+        for (int row = 0; row < Rows; ++row) {
+            const auto lumaBytes = hn::LoadU(du8, luma[row] + x);
+            const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
+            const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
+            const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
+                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
+            };
+            storePixels<O, Pitch>(du8, channel(redFirst, redSecond), channel(greenFirst, greenSecond),
+                                  channel(blueFirst, blueSecond), alpha, dst[row] + Pitch * x);
+        }
+    }
+    return x;
+}
+
+// 4:2:0: an odd last column is left alone, so the steps end at an even width.
+void rowPairYCbCr420ToRGB(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    const Kel8u* const luma[2] = {yTop, yBottom};
+    Kel8u* const dst[2] = {top, bottom};
+    const int x = cellRows<inverseT, kRGB, 3, 2, 2>(luma, dst, cb, cr, width & ~1, 0);
+    if (x < (width & ~1)) {
+        innerYCbCr420ToRGB_8u_P3C3R(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    }
+}
+
+void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    const Kel8u* const luma[2] = {yTop, yBottom};
+    Kel8u* const dst[2] = {top, bottom};
+    const int x = cellRows<inverseU, kBGR, 3, 2, 2>(luma, dst, cb, cr, width & ~1, 0);
+    if (x < (width & ~1)) {
+        innerYCbCr420ToBGR_8u_P3C3R(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    }
+}
+
 // Filtered 4:2:0, rows in pairs: the even pixel of cell k takes chroma k, the
 // odd pixel (c[k] + c[k + 1] + 1) >> 1, which is the rounding average of two
 // bytes; the pixels of both rows then go through set F as in planeRow.  A
@@ -675,7 +689,7 @@ HWY_INLINE int filteredRowPair(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_
 // first pixel left.
 void planeRowYCbCr422ToRGB(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
 {
-    const int x = planeRow<inverseR, kRGB, 3, 2>(y, cb, cr, dst, width, 0);
+    const int x = cellRows<inverseR, kRGB, 3, 1, 2>(&y, &dst, cb, cr, width, 0);
     if (x < width) innerYCbCr422ToRGB_8u_P3C3R(y + x, cb + x / 2, cr + x / 2, dst + 3 * x, width - x);
 }
 
@@ -683,13 +697,13 @@ void planeRowYCbCr422ToRGB(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel
 // pixels left take the group before them, as the row's last width & 3 do.
 void planeRowYCbCr411ToBGR(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
 {
-    const int x = planeRow<inverseQ, kBGR, 3, 4>(y, cb, cr, dst, width, 0);
+    const int x = cellRows<inverseQ, kBGR, 3, 1, 4>(&y, &dst, cb, cr, width, 0);
     if (x < width) innerYCbCr411ToBGR_8u_P3C3R(y + x, cb + x / 4, cr + x / 4, dst + 3 * x, width - x);
 }
 
 void planeRowYCbCr411ToBGRA(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
 {
-    const int x = planeRow<inverseQ, kBGR, 4, 4>(y, cb, cr, dst, width, alpha);
+    const int x = cellRows<inverseQ, kBGR, 4, 1, 4>(&y, &dst, cb, cr, width, alpha);
     if (x < width) innerYCbCr411ToBGR_8u_P3C4R(y + x, cb + x / 4, cr + x / 4, dst + 4 * x, width - x, alpha);
 }
 
