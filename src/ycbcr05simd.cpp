@@ -444,10 +444,10 @@ void pixelRowYCrCb422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int widt
 // ---- planar sources, one pixel at a time ---------------------------------------------------------
 
 // YCbCr to RGB for a set whose chroma is centred on 128 and whose offsets are
-// all -16 times the luma weight, plus a rounding half or not (sets R, Q and
-// F): then luma * Y + offset = luma * (Y - 16) + rounding.  Each weight splits
+// all -16 times the luma weight, plus a rounding half or not (sets R and
+// F here): then luma * Y + offset = luma * (Y - 16) + rounding.  Each weight splits
 // as highPart * 65536 + lowPart (the luma weights of these sets as 65536 plus
-// 10746, 10758 or 10773); the low parts ride in 16-bit multiply-adds, luma's
+// 10746 or 10773); the low parts ride in 16-bit multiply-adds, luma's
 // beside a chroma weight's (green takes two, the second with a zero luma
 // weight), the rounding half in the sum they start from, and the high parts
 // are added to the shifted sum, since (s + 65536 * h) >> 16 = (s >> 16) + h
@@ -502,28 +502,6 @@ struct CentredYCbCr {
     }
 };
 
-// A chroma row's samples for a vector of pixels, one byte a pixel, when Span
-// pixels share a sample (1: full resolution, 2: 4:2:2, 4: 4:1:1): each of
-// the Lanes / Span samples from `plane` on widened and copied into the bytes
-// above it.
-template <int Span, class DU8>
-HWY_INLINE hn::Vec<DU8> chromaOfPixels(DU8 du8, const Kel8u* HWY_RESTRICT plane)
-{
-    static_assert(Span == 1 || Span == 2 || Span == 4, "one sample for 1, 2 or 4 pixels");
-    if constexpr (Span == 1) {
-        return hn::LoadU(du8, plane);
-    } else if constexpr (Span == 2) {
-        const hn::Repartition<std::uint16_t, DU8> du16;
-        const auto samples = hn::PromoteTo(du16, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du16)>(), plane));
-        return hn::BitCast(du8, hn::Or(samples, hn::ShiftLeft<8>(samples)));
-    } else {
-        const hn::Repartition<std::uint32_t, DU8> du32;
-        const auto samples = hn::PromoteTo(du32, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du32)>(), plane));
-        const auto twice = hn::Or(samples, hn::ShiftLeft<8>(samples));
-        return hn::BitCast(du8, hn::Or(twice, hn::ShiftLeft<16>(twice)));
-    }
-}
-
 // B, G, R and alpha vectors in pixel order stored as four-byte pixels.
 template <class DU8>
 HWY_INLINE void storePixelsBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec<DU8> r, Kel8u alpha, Kel8u* dst)
@@ -542,11 +520,10 @@ HWY_INLINE void storePixels(DU8 du8, hn::Vec<DU8> r, hn::Vec<DU8> g, hn::Vec<DU8
     else storeInterleaved3(du8, b, g, r, dst);
 }
 
-// A luma row and its chroma rows, Span pixels a chroma sample, a vector of
-// pixels a step (a whole number of chroma samples, since Span divides the
-// step); see CentredYCbCr for the sums.  Returns the pixels done, for the
+// Full resolution: a luma row and its chroma rows, a vector of pixels a
+// step; see CentredYCbCr for the sums.  Returns the pixels done, for the
 // scalar kernel to finish from there.
-template <const InverseYCbCr& K, ChannelOrder O, int Pitch, int Span>
+template <const InverseYCbCr& K, ChannelOrder O, int Pitch>
 HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr,
                         Kel8u* HWY_RESTRICT dst, int width, Kel8u alpha)
 {
@@ -555,8 +532,7 @@ HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT c
     int x = 0;
     for (; x + step <= width; x += step) {
         hn::Vec<decltype(du8)> r, g, b;
-        CentredYCbCr<K>::convert(du8, hn::LoadU(du8, y + x), chromaOfPixels<Span>(du8, cb + x / Span),
-                                 chromaOfPixels<Span>(du8, cr + x / Span), r, g, b);
+        CentredYCbCr<K>::convert(du8, hn::LoadU(du8, y + x), hn::LoadU(du8, cb + x), hn::LoadU(du8, cr + x), r, g, b);
         storePixels<O, Pitch>(du8, r, g, b, alpha, dst + Pitch * x);
     }
     return x;
@@ -709,13 +685,13 @@ void planeRowYCbCr411ToBGRA(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Ke
 
 void planeRowYCbCrToBGR(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
 {
-    const int x = planeRow<inverseR, kBGR, 3, 1>(y, cb, cr, dst, width, 0);
+    const int x = planeRow<inverseR, kBGR, 3>(y, cb, cr, dst, width, 0);
     if (x < width) innerYCbCrToBGR_8u_P3C3R(y + x, cb + x, cr + x, dst + 3 * x, width - x);
 }
 
 void planeRowYCbCrToBGRA(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
 {
-    const int x = planeRow<inverseR, kBGR, 4, 1>(y, cb, cr, dst, width, alpha);
+    const int x = planeRow<inverseR, kBGR, 4>(y, cb, cr, dst, width, alpha);
     if (x < width) innerYCbCrToBGR_8u_P3C4R(y + x, cb + x, cr + x, dst + 4 * x, width - x, alpha);
 }
 
