@@ -172,11 +172,7 @@ KEL_API KelResult keliCbYCr422ToBGR_8u_C2C4R(const Kel8u* pSrc, int srcStep, Kel
 
 // ---- row layers ----------------------------------------------------------------------------------
 
-// Row kernels under the library's names and the width-1 paths, defined below
-// (the pixel-order 4:2:2 and 4:2:0 kernels are declared in ycbcr05simd.h).
-void innerYCbCr422ToRGB_C2_C3P2R(const Kel8u* src, Kel8u* const dst[3], int width);
-void innerYCrCb422ToRGB_C2_C3P2R(const Kel8u* src, Kel8u* const dst[3], int width);
-void innerYCbCr422ToRGB_8u_P3C3R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width);
+// The width-1 paths, defined below (the row kernels are declared in ycbcr05simd.h).
 void unrealYCbCr(const Kel8u* src, Kel8u* dst);
 void unrealYCrCb(const Kel8u* src, Kel8u* dst);
 void unrealYCbCrP(const Kel8u* src, Kel8u* const dst[3]);
@@ -226,11 +222,12 @@ void myYCbCrToRGB422_C2_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dst
 void myYCbCr422ToRGB_C2_C3P2R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
 {
     const PlaneRows<Kel8u> dstPlanes(pDst, dstStep);
+    const PixelRowToPlanes pixelRow = chooseYCbCr422ToRGBPlanes();
     forEachRow(height, [&](int y) {
         const Kel8u* src = rowAt(pSrc, srcStep, y);
         Kel8u* const dst[3] = {dstPlanes.row(0, y), dstPlanes.row(1, y), dstPlanes.row(2, y)};
         if (width == 1) unrealYCbCrP(src, dst);
-        else innerYCbCr422ToRGB_C2_C3P2R(src, dst, width);
+        else pixelRow(src, dst, width);
     });
 }
 
@@ -248,11 +245,12 @@ void myYCrCbToRGB422_C2_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dst
 void myYCrCb422ToRGB_C2_C3P2R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, int width, int height)
 {
     const PlaneRows<Kel8u> dstPlanes(pDst, dstStep);
+    const PixelRowToPlanes pixelRow = chooseYCrCb422ToRGBPlanes();
     forEachRow(height, [&](int y) {
         const Kel8u* src = rowAt(pSrc, srcStep, y);
         Kel8u* const dst[3] = {dstPlanes.row(0, y), dstPlanes.row(1, y), dstPlanes.row(2, y)};
         if (width == 1) unrealYCrCbP(src, dst);
-        else innerYCrCb422ToRGB_C2_C3P2R(src, dst, width);
+        else pixelRow(src, dst, width);
     });
 }
 
@@ -284,13 +282,16 @@ void myCbYCr422ToBGR_8u_C2AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int 
     forEachRow(height, [&](int y) { pixelRow(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, alpha); });
 }
 
+// Planar sources: the row kernel is chosen once per call, the fastest this
+// processor runs (ycbcr05simd.cpp), which gives the scalar kernel's bytes.
 // 4:2:2 planes, one stride a plane.
 void myYCbCr422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                               int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const PlaneRow planeRow = chooseYCbCr422PlanesToRGB();
     forEachRow(height, [&](int y) {
-        innerYCbCr422ToRGB_8u_P3C3R(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width);
+        planeRow(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width);
     });
 }
 
@@ -324,10 +325,10 @@ void myYCrCb420ToBGR_8u_P3C4R(const Kel8u* const pSrc[3], const int srcSteps[3],
                               int height, Kel8u alpha)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const RowPair420Alpha rowPair = chooseYCrCb420FilterToBGRA();
     forEachRowPair(height, [&](int top, int bottom, int chroma) {
-        const BGRAStore dstTop{rowAt(pDst, dstStep, top), alpha}, dstBottom{rowAt(pDst, dstStep, bottom), alpha};
-        filteredCells420(src.row(0, top), src.row(0, bottom), src.row(2, chroma), src.row(1, chroma), dstTop, dstBottom,
-                         width);
+        rowPair(src.row(0, top), src.row(0, bottom), src.row(2, chroma), src.row(1, chroma), rowAt(pDst, dstStep, top),
+                rowAt(pDst, dstStep, bottom), width, alpha);
     });
 }
 
@@ -336,9 +337,9 @@ void myYCbCr411ToBGR_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3],
                               int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const PlaneRow planeRow = chooseYCbCr411ToBGR();
     forEachRow(height, [&](int y) {
-        const PixelStore<3, kBGR> dst{rowAt(pDst, dstStep, y)};
-        groups411(src.row(0, y), src.row(1, y), src.row(2, y), dst, width);
+        planeRow(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width);
     });
 }
 
@@ -346,9 +347,9 @@ void myYCbCr411ToBGR_8u_P3C4R(const Kel8u* const pSrc[3], const int srcSteps[3],
                               int height, Kel8u alpha)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcSteps);
+    const PlaneRowAlpha planeRow = chooseYCbCr411ToBGRA();
     forEachRow(height, [&](int y) {
-        const BGRAStore dst{rowAt(pDst, dstStep, y), alpha};
-        groups411(src.row(0, y), src.row(1, y), src.row(2, y), dst, width);
+        planeRow(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width, alpha);
     });
 }
 
@@ -356,9 +357,9 @@ void myYCbCr411ToBGR_8u_P3C4R(const Kel8u* const pSrc[3], const int srcSteps[3],
 void ownYCbCrToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlaneRow planeRow = chooseYCbCrPlanesToBGR();
     forEachRow(height, [&](int y) {
-        const PixelStore<3, kBGR> dst{rowAt(pDst, dstStep, y)};
-        fullResolution(src.row(0, y), src.row(1, y), src.row(2, y), dst, width);
+        planeRow(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width);
     });
 }
 
@@ -366,9 +367,9 @@ void ownYCbCrToBGR_8u_P3C4R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst
                             Kel8u alpha)
 {
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
+    const PlaneRowAlpha planeRow = chooseYCbCrPlanesToBGRA();
     forEachRow(height, [&](int y) {
-        const BGRAStore dst{rowAt(pDst, dstStep, y), alpha};
-        fullResolution(src.row(0, y), src.row(1, y), src.row(2, y), dst, width);
+        planeRow(src.row(0, y), src.row(1, y), src.row(2, y), rowAt(pDst, dstStep, y), width, alpha);
     });
 }
 
@@ -438,6 +439,35 @@ void unrealYCrCbP(const Kel8u* src, Kel8u* const dst[3])
 void innerYCbCr422ToRGB_8u_P3C3R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
 {
     planes422(y, cb, cr, PixelStore<3, kRGB>{dst}, width);
+}
+
+// 4:1:1: a row that starts at a group boundary.  A row of fewer than four
+// pixels takes the chroma of the group before it, which the caller's row
+// holds: this is how a row's last width & 3 pixels are finished.
+void innerYCbCr411ToBGR_8u_P3C3R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
+{
+    groups411(y, cb, cr, PixelStore<3, kBGR>{dst}, width);
+}
+
+void innerYCbCr411ToBGR_8u_P3C4R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
+{
+    groups411(y, cb, cr, BGRAStore{dst, alpha}, width);
+}
+
+void innerYCbCrToBGR_8u_P3C3R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
+{
+    fullResolution(y, cb, cr, PixelStore<3, kBGR>{dst}, width);
+}
+
+void innerYCbCrToBGR_8u_P3C4R(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
+{
+    fullResolution(y, cb, cr, BGRAStore{dst, alpha}, width);
+}
+
+void innerYCrCb420ToBGR_8u_P3C4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                                 Kel8u* bottom, int width, Kel8u alpha)
+{
+    filteredCells420(yTop, yBottom, cb, cr, BGRAStore{top, alpha}, BGRAStore{bottom, alpha}, width);
 }
 
 void innerYCbCr420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,

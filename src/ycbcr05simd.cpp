@@ -1,5 +1,5 @@
-// Sub-sampled YCbCr to RGB and BGR on whole vectors: the 4:2:0 and 4:2:2 pixel-order
-// members, compiled once for every SIMD target (foreach_target.h includes this file once a target).
+// Sub-sampled YCbCr to RGB and BGR on whole vectors: every member of the family,
+// compiled once for every SIMD target (foreach_target.h includes this file once a target).
 #include "ycbcr05simd.h"
 
 #include <cstddef>
@@ -17,87 +17,12 @@
 #include <hwy/highway.h>
 
 #include "simdops-inl.h"
+#include "pairsimd-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
-
-// Rows in pairs, a vector of luma bytes a step in each row: the step's cells
-// (one Cb and Cr each, a 32-bit lane a cell) give three chroma terms per cell,
-// shared by the cell's four pixels; each row then adds its own luma terms,
-// and the three channels are stored interleaved in the member's order.  Luma
-// is widened by zipping within 16-byte blocks, chroma likewise, so a pixel's
-// 16-bit lane and its cell's 32-bit lane stay side by side; the pack undoes
-// the zip.  Every pixel gets the scalar kernel's bytes by the same formula,
-//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16),
-// with the same floor and the same clamp (see chromaTerm and channelSum).
-// The cells after the last whole step go to the scalar kernel Tail itself,
-// compiled for the baseline.
-template <const InverseYCbCr& K, ChannelOrder O, RowPair420 Tail>
-HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
-                            const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr, Kel8u* top, Kel8u* bottom,
-                            int width)
-{
-    static_assert((O.r == 0 && O.b == 2) || (O.r == 2 && O.b == 0), "RGB or BGR");
-    const hn::ScalableTag<std::uint8_t> du8;
-    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
-    const hn::Repartition<std::int32_t, decltype(du8)> di32;
-    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
-    const hn::Repartition<std::int16_t, decltype(du8)> di16;
-    const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
-    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
-    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
-    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
-    const auto zero = hn::Zero(du8);
-
-    const int evenWidth = width & ~1;
-    int x = 0;
-    for (; x + step <= evenWidth; x += step) {
-        // The step's cells in 16-bit lanes, then (Cb, Cr) pairs zipped within
-        // blocks: `first` holds the cells of the pixels zipped into `first` below.
-        const auto cb16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cb + x / 2));
-        const auto cr16 = hn::PromoteTo(du16, hn::LoadU(du8Half, cr + x / 2));
-        const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
-        const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
-        const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
-        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
-        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
-        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
-        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
-        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
-        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
-
-        for (int row = 0; row < 2; ++row) {
-            const Kel8u* luma = (row == 0 ? yTop : yBottom) + x;
-            Kel8u* dst = (row == 0 ? top : bottom) + 3 * x;
-            const auto lumaBytes = hn::LoadU(du8, luma);
-            const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
-            const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
-            const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
-                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
-            };
-            const auto red = channel(redFirst, redSecond);
-            const auto green = channel(greenFirst, greenSecond);
-            const auto blue = channel(blueFirst, blueSecond);
-            if constexpr (O.r == 0) storeInterleaved3(du8, red, green, blue, dst);
-            else storeInterleaved3(du8, blue, green, red, dst);
-        }
-    }
-    if (x < evenWidth) Tail(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
-}
-
-void rowPairYCbCr420ToRGB(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                          Kel8u* bottom, int width)
-{
-    rowPairs420<inverseT, kRGB, innerYCbCr420ToRGB_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
-}
-
-void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
-                          Kel8u* bottom, int width)
-{
-    rowPairs420<inverseU, kBGR, innerYCbCr420ToBGR_8u_P3C3R>(yTop, yBottom, cb, cr, top, bottom, width);
-}
 
 // ---- 4:2:2 pixel order ---------------------------------------------------------------------------
 
@@ -133,18 +58,6 @@ constexpr PairWeights pairWeights()
 {
     const std::int32_t first = CrFirst ? W.cr : W.cb, second = CrFirst ? W.cb : W.cr;
     return {weightPair(lowPart(first), lowPart(second)), W.offset, highPart(first), highPart(second)};
-}
-
-// sum + h * x for the high parts in use (-2..2), by additions alone.
-template <std::int32_t H, class V>
-HWY_INLINE V addMultiple(V sum, V x)
-{
-    static_assert(H >= -2 && H <= 2, "a high part of -2..2");
-    if constexpr (H == 0) return sum;
-    else if constexpr (H == 1) return hn::Add(sum, x);
-    else if constexpr (H == -1) return hn::Sub(sum, x);
-    else if constexpr (H == 2) return hn::Add(sum, hn::Add(x, x));
-    else return hn::Sub(sum, hn::Add(x, x));
 }
 
 // The luma weight as one 16-bit multiplier: luma / 4 on four times the sample
@@ -217,29 +130,35 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, co
 // the first source vector's block k, then the second's.  On AVX2 the
 // three-byte members load the source's 16-byte pieces crosswise, so that the
 // pack gives pixel order; elsewhere the stores put the pixels in place.
+// Pitch 1 stands for three planes.
 #if HWY_TARGET == HWY_AVX2
 template <int Pitch>
-constexpr bool kCrosswiseLoads = Pitch == 3;
+constexpr bool kCrosswiseLoads = Pitch == 3 || Pitch == 1;
 #else
 template <int Pitch>
 constexpr bool kCrosswiseLoads = false;
 #endif
 
 
-// Three channel vectors in pack order (pixel order where the loads were
-// crosswise or the vector is one block) stored as three-byte pixels.
+// A vector in pack order (pixel order where the loads were crosswise or the
+// vector is one block) put in pixel order: on AVX-512 its groups of 8 pixels
+// (64-bit lanes) back in order.
+template <class DU8>
+HWY_INLINE hn::Vec<DU8> pixelOrder(DU8 du8, hn::Vec<DU8> v)
+{
+    (void)du8;
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    return hn::Vec<DU8>{_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7), v.raw)};
+#else
+    return v;
+#endif
+}
+
+// Three channel vectors in pack order stored as three-byte pixels.
 template <class DU8>
 HWY_INLINE void storePacked3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn::Vec<DU8> v2, Kel8u* dst)
 {
-#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
-    // Groups of 8 pixels (64-bit lanes) back in order.
-    const __m512i order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-    storeInterleaved3(du8, hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v0.raw)},
-                      hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v1.raw)},
-                      hn::Vec<DU8>{_mm512_permutexvar_epi64(order, v2.raw)}, dst);
-#else
-    storeInterleaved3(du8, v0, v1, v2, dst);
-#endif
+    storeInterleaved3(du8, pixelOrder(du8, v0), pixelOrder(du8, v1), pixelOrder(du8, v2), dst);
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
@@ -393,11 +312,12 @@ HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, V
 // 16-bit pairs and the luma bytes into the pixels' 16-bit lanes; see
 // channel422 for the sums.  Returns the pixels done, an even count that
 // leaves a lone last pixel its pair before, for the scalar kernel to finish.
-template <const InverseYCbCr& K, PairLayout L, ChannelOrder O, int Pitch>
-HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, Kel8u alpha)
+// Pitch 1 stands for three planes R, G, B (Dst Kel8u* const*).
+template <const InverseYCbCr& K, PairLayout L, ChannelOrder O, int Pitch, class Dst>
+HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u alpha)
 {
     static_assert((O.r == 0 && O.b == 2) || (O.r == 2 && O.b == 0), "RGB or BGR");
-    static_assert(Pitch == 3 || (Pitch == 4 && O.b == 0), "three bytes, or B, G, R, alpha");
+    static_assert(Pitch == 1 || Pitch == 3 || (Pitch == 4 && O.b == 0), "planes, three bytes, or B, G, R, alpha");
     static_assert(L.cb % 2 == L.cr % 2 && L.y0 % 2 == L.y1 % 2 && L.cb % 2 != L.y0 % 2, "chroma and luma alternate");
     constexpr bool kCrFirst = L.cr < L.cb;
     static constexpr PairWeights kRed = pairWeights<kRedWeights<K>, kCrFirst>();
@@ -454,13 +374,16 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, 
             second = hn::LoadU(du8, pixels + step);
         }
         const Channels a = convert(first), b = convert(second);
-        Kel8u* out = dst + Pitch * x;
-        if constexpr (Pitch == 4) {
-            storeChannelsBGRA(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, alpha, out);
+        if constexpr (Pitch == 1) {
+            hn::StoreU(pixelOrder(du8, packBytes(du8, a.red, b.red)), du8, dst[0] + x);
+            hn::StoreU(pixelOrder(du8, packBytes(du8, a.green, b.green)), du8, dst[1] + x);
+            hn::StoreU(pixelOrder(du8, packBytes(du8, a.blue, b.blue)), du8, dst[2] + x);
+        } else if constexpr (Pitch == 4) {
+            storeChannelsBGRA(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, alpha, dst + Pitch * x);
         } else if constexpr (O.r == 0) {
-            storeChannels3<Pitch>(du8, a.red, b.red, a.green, b.green, a.blue, b.blue, out);
+            storeChannels3<Pitch>(du8, a.red, b.red, a.green, b.green, a.blue, b.blue, dst + Pitch * x);
         } else {
-            storeChannels3<Pitch>(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, out);
+            storeChannels3<Pitch>(du8, a.blue, b.blue, a.green, b.green, a.red, b.red, dst + Pitch * x);
         }
     }
     return x;
@@ -504,6 +427,284 @@ void pixelRowCbYCr422ToBGRA(const Kel8u* src, Kel8u* dst, int width, Kel8u alpha
     if (x < width) innerCbYCr422ToBGR_8u_C2AC4R(src + 2 * x, dst + 4 * x, width - x, alpha);
 }
 
+void pixelRowYCbCr422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int width)
+{
+    const int x = pairs422<inverseH, kYCbCrPair, kRGB, 1>(src, dst, width, 0);
+    Kel8u* const rest[3] = {dst[0] + x, dst[1] + x, dst[2] + x};
+    if (x < width) innerYCbCr422ToRGB_C2_C3P2R(src + 2 * x, rest, width - x);
+}
+
+void pixelRowYCrCb422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int width)
+{
+    const int x = pairs422<inverseH, kYCrCbPair, kRGB, 1>(src, dst, width, 0);
+    Kel8u* const rest[3] = {dst[0] + x, dst[1] + x, dst[2] + x};
+    if (x < width) innerYCrCb422ToRGB_C2_C3P2R(src + 2 * x, rest, width - x);
+}
+
+// ---- planar sources, one pixel at a time ---------------------------------------------------------
+
+// YCbCr to RGB for a set whose chroma is centred on 128 and whose offsets are
+// all -16 times the luma weight, plus a rounding half or not (sets R and
+// F here): then luma * Y + offset = luma * (Y - 16) + rounding.  Each weight splits
+// as highPart * 65536 + lowPart (the luma weights of these sets as 65536 plus
+// 10746 or 10773); the low parts ride in 16-bit multiply-adds, luma's
+// beside a chroma weight's (green takes two, the second with a zero luma
+// weight), the rounding half in the sum they start from, and the high parts
+// are added to the shifted sum, since (s + 65536 * h) >> 16 = (s >> 16) + h
+// exactly.  The products stay below 2^25 and no pair holds -32768, so every
+// sum is the scalar one, floored the same; the results lie within -600..600,
+// and the pack saturates them to 0..255 as saturateByte does.
+template <const InverseYCbCr& K>
+struct CentredYCbCr {
+    static_assert(K.chromaZero == 128 && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "one offset, centred chroma");
+    static constexpr std::int32_t kRounding = K.offsetR + 16 * K.luma;
+    static_assert(kRounding == 0 || kRounding == 32768, "offsets of 16, rounding or not");
+    static constexpr bool kQuarter = K.luma % 4 == 0 && K.luma / 4 < 32768;
+    static constexpr std::int32_t kLumaWeight = kQuarter ? K.luma / 4 : lowPart(K.luma);
+    static constexpr std::int32_t kLumaHigh = kQuarter ? 0 : highPart(K.luma);
+
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V y, V cb, V cr, V& r, V& g, V& b)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const Halves<DI16> y16 = widenBytes(di16, y), cb16 = widenBytes(di16, cb), cr16 = widenBytes(di16, cr);
+        const auto sixteen = hn::Set(di16, 16), centre = hn::Set(di16, 128);
+        const auto rounding = hn::Set(di32, kRounding);
+        const auto half = [&](auto yh, auto cbh, auto crh, auto& rh, auto& gh, auto& bh) {
+            const auto above = hn::Sub(yh, sixteen);
+            const auto luma = kQuarter ? hn::ShiftLeft<2>(above) : above;
+            const auto dcb = hn::Sub(cbh, centre), dcr = hn::Sub(crh, centre);
+            const auto lumaCb = pairUp(di16, luma, dcb), lumaCr = pairUp(di16, luma, dcr);
+            const auto channel = [&](const Halves<DI16>& pairs, std::int32_t weights) {
+                return upperHalves(di16, multiplyAdd(di32, pairs.lower, weights, rounding),
+                                   multiplyAdd(di32, pairs.upper, weights, rounding));
+            };
+            const auto red = channel(lumaCr, weightPair(kLumaWeight, lowPart(K.crToR)));
+            rh = addMultiple<kLumaHigh>(addMultiple<highPart(K.crToR)>(red, dcr), above);
+            const auto blue = channel(lumaCb, weightPair(kLumaWeight, lowPart(K.cbToB)));
+            bh = addMultiple<kLumaHigh>(addMultiple<highPart(K.cbToB)>(blue, dcb), above);
+            constexpr std::int32_t cbWeights = weightPair(kLumaWeight, lowPart(-K.cbToG));
+            constexpr std::int32_t crWeights = weightPair(0, lowPart(-K.crToG));
+            const auto green = upperHalves(
+                di16, multiplyAdd(di32, lumaCr.lower, crWeights, multiplyAdd(di32, lumaCb.lower, cbWeights, rounding)),
+                multiplyAdd(di32, lumaCr.upper, crWeights, multiplyAdd(di32, lumaCb.upper, cbWeights, rounding)));
+            gh = addMultiple<kLumaHigh>(
+                addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr), above);
+        };
+        hn::Vec<DI16> rLower, rUpper, gLower, gUpper, bLower, bUpper;
+        half(y16.lower, cb16.lower, cr16.lower, rLower, gLower, bLower);
+        half(y16.upper, cb16.upper, cr16.upper, rUpper, gUpper, bUpper);
+        r = packBytes(du8, rLower, rUpper);
+        g = packBytes(du8, gLower, gUpper);
+        b = packBytes(du8, bLower, bUpper);
+    }
+};
+
+// B, G, R and alpha vectors in pixel order stored as four-byte pixels.
+template <class DU8>
+HWY_INLINE void storePixelsBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec<DU8> r, Kel8u alpha, Kel8u* dst)
+{
+    hn::StoreInterleaved4(b, g, r, hn::Set(du8, alpha), du8, dst);
+}
+
+// Three channel vectors in pixel order stored in the member's layout: three
+// bytes in the order O, or B, G, R, alpha.
+template <ChannelOrder O, int Pitch, class DU8>
+HWY_INLINE void storePixels(DU8 du8, hn::Vec<DU8> r, hn::Vec<DU8> g, hn::Vec<DU8> b, Kel8u alpha, Kel8u* dst)
+{
+    static_assert(Pitch == 3 || (Pitch == 4 && O.b == 0), "three bytes, or B, G, R, alpha");
+    if constexpr (Pitch == 4) storePixelsBGRA(du8, b, g, r, alpha, dst);
+    else if constexpr (O.r == 0) storeInterleaved3(du8, r, g, b, dst);
+    else storeInterleaved3(du8, b, g, r, dst);
+}
+
+// Full resolution: a luma row and its chroma rows, a vector of pixels a
+// step; see CentredYCbCr for the sums.  Returns the pixels done, for the
+// scalar kernel to finish from there.
+template <const InverseYCbCr& K, ChannelOrder O, int Pitch>
+HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr,
+                        Kel8u* HWY_RESTRICT dst, int width, Kel8u alpha)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    int x = 0;
+    for (; x + step <= width; x += step) {
+        hn::Vec<decltype(du8)> r, g, b;
+        CentredYCbCr<K>::convert(du8, hn::LoadU(du8, y + x), hn::LoadU(du8, cb + x), hn::LoadU(du8, cr + x), r, g, b);
+        storePixels<O, Pitch>(du8, r, g, b, alpha, dst + Pitch * x);
+    }
+    return x;
+}
+
+// Rows of luma sharing one chroma row (two in 4:2:0, one in planar 4:2:2 and
+// 4:1:1), a vector of luma bytes a step in each row: the step's cells (one
+// Cb and Cr each, a 32-bit lane for two pixels of each row) give three
+// chroma terms per cell, shared by the cell's pixels; each row then adds its
+// own luma terms, and the three channels are stored in the member's layout.
+// In 4:1:1 a chroma sample serves two such cells.  Luma is widened by
+// zipping within 16-byte blocks, chroma likewise, so a pixel's 16-bit lane
+// and its cell's 32-bit lane stay side by side; the pack undoes the zip.
+// Every pixel gets the scalar kernel's bytes by the same formula,
+//   channel = clamp((luma * Y + weights . (Cb, Cr) + offset) >> 16),
+// with the same floor and the same clamp (see chromaTerm and channelSum).
+// Steps run while whole within `end` pixels; returns the pixels done, for
+// the scalar kernel to finish from there.
+template <const InverseYCbCr& K, ChannelOrder O, int Pitch, int Rows, int Span>
+HWY_INLINE int cellRows(const Kel8u* const luma[Rows], Kel8u* const dst[Rows], const Kel8u* HWY_RESTRICT cb,
+                        const Kel8u* HWY_RESTRICT cr, int end, Kel8u alpha)
+{
+    static_assert(Span == 2 || Span == 4, "a chroma sample for two or four pixels");
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Repartition<std::int32_t, decltype(du8)> di32;
+    const hn::Repartition<std::uint32_t, decltype(du8)> du32;
+    const hn::Repartition<std::int16_t, decltype(du8)> di16;
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels of a row a step, two a cell
+    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
+    const auto zero = hn::Zero(du8);
+    // A cell's chroma sample in its 16-bit lane; in 4:1:1 each sample twice.
+    const auto cells = [&](const Kel8u* plane) {
+        if constexpr (Span == 2) {
+            return hn::PromoteTo(du16, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du16)>(), plane));
+        } else {
+            const auto samples = hn::PromoteTo(du32, hn::LoadU(hn::Rebind<std::uint8_t, decltype(du32)>(), plane));
+            return hn::BitCast(du16, hn::Or(samples, hn::ShiftLeft<16>(samples)));
+        }
+    };
+
+    int x = 0;
+    for (; x + step <= end; x += step) {
+        // The step's cells in 16-bit lanes, then (Cb, Cr) pairs zipped within
+        // blocks: `first` holds the cells of the pixels zipped into `first` below.
+        const auto cb16 = cells(cb + x / Span);
+        const auto cr16 = cells(cr + x / Span);
+        const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
+        const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
+        const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
+        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
+        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
+        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
+        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
+        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
+        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
+
+        for (int row = 0; row < Rows; ++row) {
+            const auto lumaBytes = hn::LoadU(du8, luma[row] + x);
+            const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
+            const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
+            const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
+                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
+            };
+            storePixels<O, Pitch>(du8, channel(redFirst, redSecond), channel(greenFirst, greenSecond),
+                                  channel(blueFirst, blueSecond), alpha, dst[row] + Pitch * x);
+        }
+    }
+    return x;
+}
+
+// 4:2:0: an odd last column is left alone, so the steps end at an even width.
+void rowPairYCbCr420ToRGB(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    const Kel8u* const luma[2] = {yTop, yBottom};
+    Kel8u* const dst[2] = {top, bottom};
+    const int x = cellRows<inverseT, kRGB, 3, 2, 2>(luma, dst, cb, cr, width & ~1, 0);
+    if (x < (width & ~1)) {
+        innerYCbCr420ToRGB_8u_P3C3R(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    }
+}
+
+void rowPairYCbCr420ToBGR(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                          Kel8u* bottom, int width)
+{
+    const Kel8u* const luma[2] = {yTop, yBottom};
+    Kel8u* const dst[2] = {top, bottom};
+    const int x = cellRows<inverseU, kBGR, 3, 2, 2>(luma, dst, cb, cr, width & ~1, 0);
+    if (x < (width & ~1)) {
+        innerYCbCr420ToBGR_8u_P3C3R(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    }
+}
+
+// Filtered 4:2:0, rows in pairs: the even pixel of cell k takes chroma k, the
+// odd pixel (c[k] + c[k + 1] + 1) >> 1, which is the rounding average of two
+// bytes; the pixels of both rows then go through set F as in planeRow.  A
+// step's cells read the cell after them, so the steps stop before the last
+// cell, which the scalar kernel finishes with the odd column left.
+template <ChannelOrder O, int Pitch>
+HWY_INLINE int filteredRowPair(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
+                               const Kel8u* HWY_RESTRICT cb, const Kel8u* HWY_RESTRICT cr, Kel8u* HWY_RESTRICT top,
+                               Kel8u* HWY_RESTRICT bottom, int width, Kel8u alpha)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
+    const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    const int lastCellStart = 2 * (width / 2) - 2;
+    // Each cell's own sample in the even byte, the mean with the next in the odd.
+    const auto filtered = [&](const Kel8u* plane) {
+        const auto own = hn::LoadU(du8Half, plane), next = hn::LoadU(du8Half, plane + 1);
+        const auto even = hn::PromoteTo(du16, own), odd = hn::PromoteTo(du16, hn::AverageRound(own, next));
+        return hn::BitCast(du8, hn::Or(even, hn::ShiftLeft<8>(odd)));
+    };
+    int x = 0;
+    for (; x + step <= lastCellStart; x += step) {
+        const auto cbs = filtered(cb + x / 2), crs = filtered(cr + x / 2);
+        hn::Vec<decltype(du8)> r, g, b;
+        CentredYCbCr<inverseF>::convert(du8, hn::LoadU(du8, yTop + x), cbs, crs, r, g, b);
+        storePixels<O, Pitch>(du8, r, g, b, alpha, top + Pitch * x);
+        CentredYCbCr<inverseF>::convert(du8, hn::LoadU(du8, yBottom + x), cbs, crs, r, g, b);
+        storePixels<O, Pitch>(du8, r, g, b, alpha, bottom + Pitch * x);
+    }
+    return x;
+}
+
+// The members' row kernels: whole vectors, then the scalar kernel from the
+// first pixel left.
+void planeRowYCbCr422ToRGB(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
+{
+    const int x = cellRows<inverseR, kRGB, 3, 1, 2>(&y, &dst, cb, cr, width, 0);
+    if (x < width) innerYCbCr422ToRGB_8u_P3C3R(y + x, cb + x / 2, cr + x / 2, dst + 3 * x, width - x);
+}
+
+// The scalar kernel finishes 4:1:1 from a group boundary; fewer than four
+// pixels left take the group before them, as the row's last width & 3 do.
+void planeRowYCbCr411ToBGR(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
+{
+    const int x = cellRows<inverseQ, kBGR, 3, 1, 4>(&y, &dst, cb, cr, width, 0);
+    if (x < width) innerYCbCr411ToBGR_8u_P3C3R(y + x, cb + x / 4, cr + x / 4, dst + 3 * x, width - x);
+}
+
+void planeRowYCbCr411ToBGRA(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
+{
+    const int x = cellRows<inverseQ, kBGR, 4, 1, 4>(&y, &dst, cb, cr, width, alpha);
+    if (x < width) innerYCbCr411ToBGR_8u_P3C4R(y + x, cb + x / 4, cr + x / 4, dst + 4 * x, width - x, alpha);
+}
+
+void planeRowYCbCrToBGR(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width)
+{
+    const int x = planeRow<inverseR, kBGR, 3>(y, cb, cr, dst, width, 0);
+    if (x < width) innerYCbCrToBGR_8u_P3C3R(y + x, cb + x, cr + x, dst + 3 * x, width - x);
+}
+
+void planeRowYCbCrToBGRA(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* dst, int width, Kel8u alpha)
+{
+    const int x = planeRow<inverseR, kBGR, 4>(y, cb, cr, dst, width, alpha);
+    if (x < width) innerYCbCrToBGR_8u_P3C4R(y + x, cb + x, cr + x, dst + 4 * x, width - x, alpha);
+}
+
+void rowPairYCrCb420FilterToBGRA(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* cb, const Kel8u* cr, Kel8u* top,
+                                 Kel8u* bottom, int width, Kel8u alpha)
+{
+    const int x = filteredRowPair<kBGR, 4>(yTop, yBottom, cb, cr, top, bottom, width, alpha);
+    if (x < width) {
+        innerYCrCb420ToBGR_8u_P3C4R(yTop + x, yBottom + x, cb + x / 2, cr + x / 2, top + 4 * x, bottom + 4 * x,
+                                    width - x, alpha);
+    }
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace kel
 HWY_AFTER_NAMESPACE();
@@ -519,6 +720,14 @@ HWY_EXPORT(pixelRowYCbCr422ToBGR);
 HWY_EXPORT(pixelRowCbYCr422ToRGB);
 HWY_EXPORT(pixelRowYCbCr422ToBGRA);
 HWY_EXPORT(pixelRowCbYCr422ToBGRA);
+HWY_EXPORT(pixelRowYCbCr422ToRGBPlanes);
+HWY_EXPORT(pixelRowYCrCb422ToRGBPlanes);
+HWY_EXPORT(planeRowYCbCr422ToRGB);
+HWY_EXPORT(planeRowYCbCr411ToBGR);
+HWY_EXPORT(planeRowYCbCr411ToBGRA);
+HWY_EXPORT(planeRowYCbCrToBGR);
+HWY_EXPORT(planeRowYCbCrToBGRA);
+HWY_EXPORT(rowPairYCrCb420FilterToBGRA);
 
 RowPair420 chooseYCbCr420ToRGB()
 {
@@ -568,6 +777,54 @@ PixelRow422Alpha chooseCbYCr422ToBGRA()
     return &HWY_DYNAMIC_DISPATCH(pixelRowCbYCr422ToBGRA);
 }
 
+PixelRowToPlanes chooseYCbCr422ToRGBPlanes()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCbCr422ToRGBPlanes);
+}
+
+PixelRowToPlanes chooseYCrCb422ToRGBPlanes()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(pixelRowYCrCb422ToRGBPlanes);
+}
+
+PlaneRow chooseYCbCr422PlanesToRGB()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(planeRowYCbCr422ToRGB);
+}
+
+PlaneRow chooseYCbCr411ToBGR()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(planeRowYCbCr411ToBGR);
+}
+
+PlaneRowAlpha chooseYCbCr411ToBGRA()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(planeRowYCbCr411ToBGRA);
+}
+
+PlaneRow chooseYCbCrPlanesToBGR()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(planeRowYCbCrToBGR);
+}
+
+PlaneRowAlpha chooseYCbCrPlanesToBGRA()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(planeRowYCbCrToBGRA);
+}
+
+RowPair420Alpha chooseYCrCb420FilterToBGRA()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairYCrCb420FilterToBGRA);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -613,6 +870,46 @@ PixelRow422Alpha chooseYCbCr422ToBGRA()
 PixelRow422Alpha chooseCbYCr422ToBGRA()
 {
     return innerCbYCr422ToBGR_8u_C2AC4R;
+}
+
+PixelRowToPlanes chooseYCbCr422ToRGBPlanes()
+{
+    return innerYCbCr422ToRGB_C2_C3P2R;
+}
+
+PixelRowToPlanes chooseYCrCb422ToRGBPlanes()
+{
+    return innerYCrCb422ToRGB_C2_C3P2R;
+}
+
+PlaneRow chooseYCbCr422PlanesToRGB()
+{
+    return innerYCbCr422ToRGB_8u_P3C3R;
+}
+
+PlaneRow chooseYCbCr411ToBGR()
+{
+    return innerYCbCr411ToBGR_8u_P3C3R;
+}
+
+PlaneRowAlpha chooseYCbCr411ToBGRA()
+{
+    return innerYCbCr411ToBGR_8u_P3C4R;
+}
+
+PlaneRow chooseYCbCrPlanesToBGR()
+{
+    return innerYCbCrToBGR_8u_P3C3R;
+}
+
+PlaneRowAlpha chooseYCbCrPlanesToBGRA()
+{
+    return innerYCbCrToBGR_8u_P3C4R;
+}
+
+RowPair420Alpha chooseYCrCb420FilterToBGRA()
+{
+    return innerYCrCb420ToBGR_8u_P3C4R;
 }
 
 } // namespace kel
