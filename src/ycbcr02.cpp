@@ -371,6 +371,7 @@ void myRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int d
 void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     const RowFilteredCbYCr kernel = chooseRGBToCbYCr422();
+    const BytesThroughTable throughTable = chooseForwardGammaBytes();
     Kel8u coded[3 * kGammaRun];
     forEachRow(height, [&](int y) {
         const Kel8u* src = rowAt(pSrc, srcStep, y);
@@ -378,7 +379,7 @@ void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, 
         FilterCarry carry{0, 0};
         for (int x0 = 0; x0 < width; x0 += kGammaRun) {
             const int n = width - x0 < kGammaRun ? width - x0 : kGammaRun;
-            for (int i = 0; i < 3 * n; ++i) coded[i] = tableFwd8u[src[3 * x0 + i]];
+            throughTable(src + 3 * x0, coded, 3 * n);
             kernel(coded, dst + 2 * x0, n, carry);
         }
     });
@@ -439,6 +440,10 @@ void innerBGRToYCbCr411_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* 
 void innerRGBToCbYCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry)
 {
     filteredCbYCr(PixelSource<3, kRGB>{src}, dst, width, carry);
+}
+void innerForwardGammaBytes(const Kel8u* src, Kel8u* dst, int count)
+{
+    for (int i = 0; i < count; ++i) dst[i] = tableFwd8u[src[i]];
 }
 void innerRGBToYCbCr420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
                                  Kel8u* cr, int width)

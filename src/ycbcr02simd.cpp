@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "gamma.h"
 #include "rowstore.h"
 #include "simd.h"
 
@@ -383,6 +384,45 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
     if (x < width) Tail(src + 3 * x, dst + 2 * x, width - x, carry);
 }
 
+// ---- bytes through a 256-entry table ----------------------------------------------------------------
+
+// A vector of bytes through the forward BT.709 table, exactly: on AVX3_DL two
+// VBMI permutes over the table's halves of 128 entries, the index's top bit
+// choosing between them; elsewhere sixteen lookups of 16 entries, each index
+// XOR the run's start, saturated up by 0x70, keeping its low nibble below
+// 0x80 for the run's own 16 indices and reaching 0x80 and above (a zero from
+// the lookup) for every other index.
+template <class DU8>
+HWY_INLINE hn::Vec<DU8> forwardGammaOf(DU8 du8, hn::Vec<DU8> index)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i low = _mm512_permutex2var_epi8(_mm512_loadu_si512(tableFwd8u), index.raw,
+                                                 _mm512_loadu_si512(tableFwd8u + 64));
+    const __m512i high = _mm512_permutex2var_epi8(_mm512_loadu_si512(tableFwd8u + 128), index.raw,
+                                                  _mm512_loadu_si512(tableFwd8u + 192));
+    return hn::Vec<DU8>{_mm512_mask_blend_epi8(_mm512_movepi8_mask(index.raw), low, high)};
+#else
+    const auto lift = hn::Set(du8, 0x70);
+    auto result = hn::Zero(du8);
+    for (int run = 0; run < 16; ++run) {
+        const auto entries = hn::LoadDup128(du8, tableFwd8u + 16 * run);
+        const auto inRun = hn::SaturatedAdd(hn::Xor(index, hn::Set(du8, static_cast<std::uint8_t>(16 * run))), lift);
+        result = hn::Or(result, hn::TableLookupBytesOr0(entries, inRun));
+    }
+    return result;
+#endif
+}
+
+void forwardGammaBytes(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int count)
+{
+    const hn::ScalableTag<std::uint8_t> du8;
+    const int step = static_cast<int>(hn::Lanes(du8));
+    int x = 0;
+    for (; x + step <= count; x += step) hn::StoreU(forwardGammaOf(du8, hn::LoadU(du8, src + x)), du8, dst + x);
+    if (x < count) innerForwardGammaBytes(src + x, dst + x, count - x);
+}
+
 void rowPairRGBToYCbCr420(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb, Kel8u* cr,
                           int width)
 {
@@ -500,6 +540,7 @@ HWY_EXPORT(rowBGRToYCbCr422PlanesAC4);
 HWY_EXPORT(rowBGRToYCbCr411);
 HWY_EXPORT(rowBGRToYCbCr411AC4);
 HWY_EXPORT(rowRGBToCbYCr422);
+HWY_EXPORT(forwardGammaBytes);
 
 RowPairForward420 chooseRGBToYCbCr420()
 {
@@ -591,6 +632,12 @@ RowFilteredCbYCr chooseRGBToCbYCr422()
     return &HWY_DYNAMIC_DISPATCH(rowRGBToCbYCr422);
 }
 
+BytesThroughTable chooseForwardGammaBytes()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(forwardGammaBytes);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -671,6 +718,11 @@ RowForwardToPlanes chooseBGRToYCbCr411AC4()
 RowFilteredCbYCr chooseRGBToCbYCr422()
 {
     return innerRGBToCbYCr422_8u_C3C2R;
+}
+
+BytesThroughTable chooseForwardGammaBytes()
+{
+    return innerForwardGammaBytes;
 }
 
 } // namespace kel

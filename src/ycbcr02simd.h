@@ -70,6 +70,9 @@ void innerBGRToYCbCr411_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* 
 // The scalar filtered CbYCr row kernel (ycbcr02.cpp), from the carry given.
 void innerRGBToCbYCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, kel::FilterCarry& carry);
 
+// `count` bytes through the forward BT.709 table (ycbcr02.cpp).
+void innerForwardGammaBytes(const Kel8u* src, Kel8u* dst, int count);
+
 namespace kel {
 
 using RowPairForward420 = void (*)(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
@@ -78,6 +81,7 @@ using RowForward422 = void (*)(const Kel8u* src, Kel8u* dst, int width);
 using RowPlanesForward422 = void (*)(const Kel8u* const src[3], Kel8u* dst, int width);
 using RowForwardToPlanes = void (*)(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width);
 using RowFilteredCbYCr = void (*)(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry);
+using BytesThroughTable = void (*)(const Kel8u* src, Kel8u* dst, int count);
 
 // The fastest kernel this processor runs, the same bytes as the scalar
 // kernel; the scalar kernel itself in a build without SIMD.
@@ -96,5 +100,6 @@ RowForwardToPlanes chooseBGRToYCbCr422PlanesAC4();
 RowForwardToPlanes chooseBGRToYCbCr411();
 RowForwardToPlanes chooseBGRToYCbCr411AC4();
 RowFilteredCbYCr chooseRGBToCbYCr422();
+BytesThroughTable chooseForwardGammaBytes();
 
 } // namespace kel

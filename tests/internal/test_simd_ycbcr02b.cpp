@@ -122,6 +122,7 @@ TEST(SimdRGBToYCbCrRest, EveryTargetHasItsOwnKernel)
     for (const MemberP3C2& m : kMembersP3C2) expectOneKernelPerTarget(m.choose, m.name);
     for (const MemberP3& m : kMembersP3) expectOneKernelPerTarget(m.choose, m.name);
     expectOneKernelPerTarget(kel::chooseRGBToCbYCr422, "RGBToCbYCr422_C3C2");
+    expectOneKernelPerTarget(kel::chooseForwardGammaBytes, "ForwardGammaBytes");
 }
 
 // ---- row kernels alone: widths 0 up, rows at every alignment, guards kept --------------------------
@@ -340,6 +341,25 @@ TEST(SimdRGBToYCbCrRest, PublicFilteredMatchesScalarKernelAtEverySize)
             }
         });
     }
+}
+
+// Every byte value through the vector table map, at every count up to 300 and
+// every alignment, as the table gives it; nothing written past the count.
+TEST(SimdRGBToYCbCrRest, GammaBytesMatchTheTable)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (int count = 0; count <= 300; ++count) {
+            for (int lead = 0; lead < 4; ++lead) {
+                std::mt19937 gen(static_cast<std::uint32_t>(count * 4 + lead));
+                Plane src(1, count, lead, gen), dst(1, count, 3 - lead, gen);
+                for (int i = 0; i < count; ++i) src.row(0)[i] = static_cast<Kel8u>(i * 7 + lead);
+                Plane expected = dst;
+                for (int i = 0; i < count; ++i) expected.row(0)[i] = tableFwd8u[src.row(0)[i]];
+                kel::chooseForwardGammaBytes()(src.row(0), dst.row(0), count);
+                ASSERT_TRUE(dst.bytes == expected.bytes) << target << ", count " << count << ", lead " << lead;
+            }
+        }
+    });
 }
 
 // A negative stride: the plain filtered member walks the rows upward.
