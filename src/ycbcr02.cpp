@@ -14,8 +14,13 @@ using namespace kel;
 
 namespace {
 
-// The pair and cell constants are in ycbcr02simd.h, which the vector kernels share.
-constexpr std::int32_t kFilteredChroma = 0x807FFF; // 128 at shift 16, one below the rounding half
+// The pair, cell and filter constants are in ycbcr02simd.h, which the vector kernels share.
+
+// The gamma member maps its source through the table a run of pixels at a
+// time into a buffer on the stack.  A run is even, so that no pair is cut,
+// and 6 pixels longer than a multiple of 64: every vector step of the run then
+// reads inside it, and the pixels the last step leaves are few.
+constexpr int kGammaRun = 1030;
 
 // The YCrCb 4:2:0 members are the YCbCr ones with planes 1 and 2, and their
 // strides, exchanged.
@@ -32,7 +37,7 @@ void pairsToPixelOrder(Source src, Kel8u* dst, int width);
 template <PairConstants K, typename Source>
 void pairsToPlanes(Source src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width);
 template <typename Source>
-void filteredCbYCr(Source src, Kel8u* dst, int width);
+void filteredCbYCr(Source src, Kel8u* dst, int width, FilterCarry& carry);
 template <typename Source>
 void cells420(Source top, Source bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb, Kel8u* cr, int width);
 template <typename Source>
@@ -66,10 +71,8 @@ void myRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int d
 void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 
-// innerRGBToYCbCr422_C3_C2R, innerRGBToYCrCb422_C3_C2R and the 4:2:0 row-pair
-// kernels are declared in ycbcr02simd.h, whose vector kernels finish rows with them.
-void innerRGBToYCbCr422_C3P2_C3R(const Kel8u* const src[3], Kel8u* dst, int width);
-void innerRGBToYCrCb422_C3P2_C3R(const Kel8u* const src[3], Kel8u* dst, int width);
+// The row kernels are declared in ycbcr02simd.h, whose vector kernels finish
+// rows with them.
 
 // ---- public functions ------------------------------------------------------------------------------
 // The RGB and CbYCr members test their planes after the size, the BGR members
@@ -231,10 +234,11 @@ void myRGBToYCbCr422_C3_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dst
 
 void myRGBToYCbCr422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const RowPlanesForward422 kernel = chooseRGBPlanesToYCbCr422();
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
     forEachRow(height, [&](int y) {
         const Kel8u* const rows[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
-        innerRGBToYCbCr422_C3P2_C3R(rows, rowAt(pDst, dstStep, y), width);
+        kernel(rows, rowAt(pDst, dstStep, y), width);
     });
 }
 
@@ -246,10 +250,11 @@ void myRGBToYCrCb422_C3_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dst
 
 void myRGBToYCrCb422_C3P2_C2R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const RowPlanesForward422 kernel = chooseRGBPlanesToYCrCb422();
     const PlaneRows<const Kel8u> src(pSrc, srcStep);
     forEachRow(height, [&](int y) {
         const Kel8u* const rows[3] = {src.row(0, y), src.row(1, y), src.row(2, y)};
-        innerRGBToYCrCb422_C3P2_C3R(rows, rowAt(pDst, dstStep, y), width);
+        kernel(rows, rowAt(pDst, dstStep, y), width);
     });
 }
 
@@ -268,22 +273,21 @@ void myRGBToYCbCr420_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[
 
 namespace {
 
+// The row kernels are those of the pixel's pitch, chosen once a call.
 template <int Pitch>
 void bgr422ToPixelOrder(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        pairsToPixelOrder<kYCbCrPair, kBGRPair>(PixelSource<Pitch, kBGR>{rowAt(pSrc, srcStep, y)}, rowAt(pDst, dstStep, y),
-                                                width);
-    });
+    const RowForward422 kernel = Pitch == 3 ? chooseBGRToYCbCr422() : chooseBGRToYCbCr422AC4();
+    forEachRow(height, [&](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 template <int Pitch>
 void bgr422ToPlanes(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
 {
+    const RowForwardToPlanes kernel = Pitch == 3 ? chooseBGRToYCbCr422Planes() : chooseBGRToYCbCr422PlanesAC4();
     const PlaneRows<Kel8u> dst(pDst, dstSteps);
     forEachRow(height, [&](int y) {
-        pairsToPlanes<kBGRPair>(PixelSource<Pitch, kBGR>{rowAt(pSrc, srcStep, y)}, dst.row(0, y), dst.row(1, y),
-                                dst.row(2, y), width);
+        kernel(rowAt(pSrc, srcStep, y), dst.row(0, y), dst.row(1, y), dst.row(2, y), width);
     });
 }
 
@@ -302,9 +306,10 @@ void bgr420(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstS
 template <int Pitch>
 void bgr411(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
 {
+    const RowForwardToPlanes kernel = Pitch == 3 ? chooseBGRToYCbCr411() : chooseBGRToYCbCr411AC4();
     const PlaneRows<Kel8u> dst(pDst, dstSteps);
     forEachRow(height, [&](int y) {
-        groups411(PixelSource<Pitch, kBGR>{rowAt(pSrc, srcStep, y)}, dst.row(0, y), dst.row(1, y), dst.row(2, y), width);
+        kernel(rowAt(pSrc, srcStep, y), dst.row(0, y), dst.row(1, y), dst.row(2, y), width);
     });
 }
 
@@ -351,39 +356,39 @@ void ownBGRToYCbCr411_8u_AC4P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDs
 
 // ---- row layers: the CbYCr members, row loop and kernel in one ----------------------------------
 
-namespace {
-
-// A source whose samples first go through the forward BT.709 table.
-template <typename Source>
-struct GammaSource {
-    Source source;
-    std::int32_t r(int x) const { return tableFwd8u[source.r(x)]; }
-    std::int32_t g(int x) const { return tableFwd8u[source.g(x)]; }
-    std::int32_t b(int x) const { return tableFwd8u[source.b(x)]; }
-};
-
-} // namespace
-
 void myRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const RowFilteredCbYCr kernel = chooseRGBToCbYCr422();
     forEachRow(height, [&](int y) {
-        filteredCbYCr(PixelSource<3, kRGB>{rowAt(pSrc, srcStep, y)}, rowAt(pDst, dstStep, y), width);
+        FilterCarry carry{0, 0};
+        kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, carry);
     });
 }
 
+// Every sample through the forward BT.709 table first, a run at a time into a
+// buffer on the stack, then the filter of the plain member; the carry joins
+// the runs of a row as it joins its pairs.
 void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
+    const RowFilteredCbYCr kernel = chooseRGBToCbYCr422();
+    const BytesThroughTable throughTable = chooseForwardGammaBytes();
+    Kel8u coded[3 * kGammaRun];
     forEachRow(height, [&](int y) {
-        filteredCbYCr(GammaSource<PixelSource<3, kRGB>>{{rowAt(pSrc, srcStep, y)}}, rowAt(pDst, dstStep, y), width);
+        const Kel8u* src = rowAt(pSrc, srcStep, y);
+        Kel8u* dst = rowAt(pDst, dstStep, y);
+        FilterCarry carry{0, 0};
+        for (int x0 = 0; x0 < width; x0 += kGammaRun) {
+            const int n = width - x0 < kGammaRun ? width - x0 : kGammaRun;
+            throughTable(src + 3 * x0, coded, 3 * n);
+            kernel(coded, dst + 2 * x0, n, carry);
+        }
     });
 }
 
 void myBGRToCbYCr422_8u_AC4C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    forEachRow(height, [&](int y) {
-        pairsToPixelOrder<kCbYCrPair, kBGRCbYCrPair>(PixelSource<4, kBGR>{rowAt(pSrc, srcStep, y)}, rowAt(pDst, dstStep, y),
-                                                     width);
-    });
+    const RowForward422 kernel = chooseBGRToCbYCr422AC4();
+    forEachRow(height, [&](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
 }
 
 // ---- kernels ---------------------------------------------------------------------------------------
@@ -403,6 +408,42 @@ void innerRGBToYCrCb422_C3_C2R(const Kel8u* src, Kel8u* dst, int width)
 void innerRGBToYCrCb422_C3P2_C3R(const Kel8u* const src[3], Kel8u* dst, int width)
 {
     pairsToPixelOrder<kYCrCbPair, kRGBPair>(PlaneSource{src[0], src[1], src[2]}, dst, width);
+}
+void innerBGRToYCbCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    pairsToPixelOrder<kYCbCrPair, kBGRPair>(PixelSource<3, kBGR>{src}, dst, width);
+}
+void innerBGRToYCbCr422_8u_AC4C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    pairsToPixelOrder<kYCbCrPair, kBGRPair>(PixelSource<4, kBGR>{src}, dst, width);
+}
+void innerBGRToCbYCr422_8u_AC4C2R(const Kel8u* src, Kel8u* dst, int width)
+{
+    pairsToPixelOrder<kCbYCrPair, kBGRCbYCrPair>(PixelSource<4, kBGR>{src}, dst, width);
+}
+void innerBGRToYCbCr422_8u_C3P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+{
+    pairsToPlanes<kBGRPair>(PixelSource<3, kBGR>{src}, y, cb, cr, width);
+}
+void innerBGRToYCbCr422_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+{
+    pairsToPlanes<kBGRPair>(PixelSource<4, kBGR>{src}, y, cb, cr, width);
+}
+void innerBGRToYCbCr411_8u_C3P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+{
+    groups411(PixelSource<3, kBGR>{src}, y, cb, cr, width);
+}
+void innerBGRToYCbCr411_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+{
+    groups411(PixelSource<4, kBGR>{src}, y, cb, cr, width);
+}
+void innerRGBToCbYCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry)
+{
+    filteredCbYCr(PixelSource<3, kRGB>{src}, dst, width, carry);
+}
+void innerForwardGammaBytes(const Kel8u* src, Kel8u* dst, int count)
+{
+    for (int i = 0; i < count; ++i) dst[i] = tableFwd8u[src[i]];
 }
 void innerRGBToYCbCr420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb,
                                  Kel8u* cr, int width)
@@ -491,11 +532,11 @@ void pairsToPlanes(Source src, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
 
 // The CbYCr filter: weights 1/4, 1/2, 1/4 centred on the even pixel of each
 // pair, the quarter of the previous odd pixel carried along the row.  The
-// first pair has no left tap: the carry starts at 0.
+// first pair of a row has no left tap: its carry is 0.
 template <typename Source>
-void filteredCbYCr(Source src, Kel8u* dst, int width)
+void filteredCbYCr(Source src, Kel8u* dst, int width, FilterCarry& carry)
 {
-    std::int32_t carryB = 0, carryR = 0;
+    std::int32_t carryB = carry.b, carryR = carry.r;
     const int pairs = width / 2;
     for (int k = 0; k < pairs; ++k) {
         const int e = 2 * k, o = e + 1;
@@ -511,6 +552,7 @@ void filteredCbYCr(Source src, Kel8u* dst, int width)
         carryB = bo >> 2;
         carryR = ro >> 2;
     }
+    carry = {carryB, carryR};
     if (width & 1) {
         const int x = width - 1;
         Kel8u* slot = dst + 4 * pairs;
