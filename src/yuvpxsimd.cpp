@@ -526,7 +526,7 @@ alignas(16) constexpr std::uint8_t kSpreadV[16] = {3, 0x80, 3, 0x80, 7, 0x80, 7,
 // mulhi being the floor of the product / 65536, as the scalar shift is.  Red
 // and blue work in the pixels' 16-bit lanes, U and V copied there from their
 // pair; green's sum of two products is a 32-bit multiply-add a pair, its
-// result (within +-100) copied to the pair's pixels.  The sums lie within
+// upper 16-bit half (the >> 16, within +-100) copied to the pair's pixels.  The sums lie within
 // -300..560 and the pack saturates them as the scalar clamp.  A pair's four
 // bytes are one 32-bit lane, its Y bytes, masked, its pixels' 16-bit lanes.
 // A last single pixel and the pairs after the last whole step go to `tail`,
@@ -545,7 +545,7 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
     const hn::Repartition<std::uint32_t, decltype(du8)> du32;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of source bytes
     const auto spreadU = hn::LoadDup128(du8, kSpreadU), spreadV = hn::LoadDup128(du8, kSpreadV);
-    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
     const auto centre = hn::Set(di16, 128);
     const auto greenWeights = hn::BitCast(di16, hn::Set(di32, weightPair(-K.uToG, greenRest)));
 
@@ -565,9 +565,9 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
                         centre);
             auto other = hn::Zero(di32);
             const auto sum = hn::ReorderWidenMulAccumulate(di32, pairs, greenWeights, hn::Zero(di32), other);
-            const auto greenTerm = hn::ShiftRight<16>(hn::RearrangeToOddPlusEven(sum, other));
+            const auto greenSum = hn::RearrangeToOddPlusEven(sum, other);
             green = hn::Add(hn::Sub(luma, dv),
-                            hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, greenTerm), lowHalves)));
+                            hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, greenSum), highHalves)));
         };
         hn::Vec<decltype(di16)> redFirst, greenFirst, blueFirst, redSecond, greenSecond, blueSecond;
         pixels(first, redFirst, greenFirst, blueFirst);
