@@ -151,11 +151,9 @@ HWY_INLINE void rowYUV422Planes(YUVPlaneRow<const Kel8u> src, const Store dst, i
 void rowPairYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                  Kel8u* bottom, int width)
 {
-    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kRGB>{top}, Interleaved3<kRGB>{bottom}, width,
-                                     [&](int x) {
-                                         innerYUV420ToRGB_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2,
-                                                                   top + 3 * x, bottom + 3 * x, width - x);
-                                     });
+    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kRGB>{top}, Interleaved3<kRGB>{bottom}, width, [&](int x) {
+        innerYUV420ToRGB_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    });
 }
 
 void rowPairYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
@@ -180,11 +178,9 @@ void rowPairYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Ke
 void rowPairYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                  Kel8u* bottom, int width)
 {
-    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kBGR>{top}, Interleaved3<kBGR>{bottom}, width,
-                                     [&](int x) {
-                                         innerYUV420ToBGR_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2,
-                                                                   top + 3 * x, bottom + 3 * x, width - x);
-                                     });
+    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kBGR>{top}, Interleaved3<kBGR>{bottom}, width, [&](int x) {
+        innerYUV420ToBGR_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    });
 }
 
 void rowYUV422ToRGB_8u_P3C3R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width)

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <iterator>
 #include <random>
 #include <set>
 #include <string>
@@ -222,8 +221,9 @@ const PlanarInverse kPlanarInverse[] = {
      innerYUV422ToRGB_8u_P3AC4R, 4},
 };
 
-// Y, U and V planes of one image, each in a guarded buffer; `step` 0 gives
-// the rows back to back with the strides the forms without strides derive.
+// Y, U and V planes of one image, each in a guarded buffer; `packed` puts
+// the rows back to back, with the strides the forms without strides derive.
+// `planes` and `steps` are for the calls: a copy still points at the original.
 struct Planes422 {
     Planes422(int width, int height, bool packed, int lead, std::mt19937& gen)
         : luma(height, packed ? width : oddStep(width, 5), lead, gen),
@@ -245,12 +245,12 @@ struct Planes422 {
     int steps[3] = {luma.step, u.step, v.step};
 };
 
-// R, G, B planes of one image with one stride, each in a guarded buffer.
+// R, G, B planes of one image with one stride, each in a guarded buffer
+// (`planes`, as above, for the calls).
 struct PlanesRGB {
-    PlanesRGB(int width, int height, int step, int lead, std::mt19937& gen)
+    PlanesRGB(int height, int step, int lead, std::mt19937& gen)
         : red(height, step, lead, gen), green(height, step, 3 - lead, gen), blue(height, step, lead + 2, gen)
     {
-        (void)width;
     }
     PlaneStore store(int y) { return {red.row(y), green.row(y), blue.row(y)}; }
     PlaneSource source(int y) { return {red.row(y), green.row(y), blue.row(y)}; }
@@ -295,7 +295,7 @@ TEST(SimdYUV422, PlanarInverseRowMatchesScalarKernelAtEveryWidth)
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
                         << m.name << " on " << target << ", width " << width << ", lead " << lead;
                 }
-                PlanesRGB fast(width, 1, width + 1, lead, gen);
+                PlanesRGB fast(1, width + 1, lead, gen);
                 PlanesRGB scalar = fast;
                 kel::chooseYUV422ToRGB_8u_P3R()(src.row<const Kel8u>(0), fast.store(0), width);
                 innerYUV422ToRGB_8u_P3R(src.row<const Kel8u>(0), scalar.store(0), width);
@@ -320,7 +320,7 @@ TEST(SimdYUV422, PlanarForwardRowMatchesScalarKernelAtEveryWidth)
                 ASSERT_TRUE(fast == scalar) << "RGBToYUV422_8u_C3P3R on " << target << ", width " << width << ", lead "
                                             << lead;
 
-                PlanesRGB planes(width, 1, width + 1, lead, gen);
+                PlanesRGB planes(1, width + 1, lead, gen);
                 kel::chooseRGBToYUV422_8u_P3R()(planes.source(0), fast.row<Kel8u>(0), width);
                 innerRGBToYUV422_8u_P3R(planes.source(0), scalar.row<Kel8u>(0), width);
                 ASSERT_TRUE(fast == scalar) << "RGBToYUV422_8u_P3R on " << target << ", width " << width << ", lead "
@@ -353,12 +353,14 @@ TEST(SimdYUV422, PlanarInversePublicFunctionsMatchScalarKernelAtEverySize)
                         const KelResult status = packed ? m.callWithoutSteps(planes, dst.row(0), size)
                                                         : m.call(planes, src.steps, dst.row(0), dst.step, size);
                         ASSERT_EQ(kelOk, status);
-                        ASSERT_TRUE(dst.bytes == expected.bytes) << m.name << (packed ? " without strides" : "")
-                                                                 << " on " << target << ", " << width << " x " << height;
+                        ASSERT_TRUE(dst.bytes == expected.bytes)
+                            << m.name << (packed ? " without strides" : "") << " on " << target << ", " << width
+                            << " x " << height;
                     }
-                    PlanesRGB dst(width, height, packed ? width : oddStep(width, 3), 2, gen);
+                    PlanesRGB dst(height, packed ? width : oddStep(width, 3), 2, gen);
                     PlanesRGB expected = dst;
-                    for (int y = 0; y < height; ++y) innerYUV422ToRGB_8u_P3R(src.row<const Kel8u>(y), expected.store(y), width);
+                    for (int y = 0; y < height; ++y)
+                        innerYUV422ToRGB_8u_P3R(src.row<const Kel8u>(y), expected.store(y), width);
                     const KelResult status = packed ? keliYUV422ToRGB_8u_P3(planes, dst.planes, size)
                                                     : keliYUV422ToRGB_8u_P3R(planes, src.steps, dst.planes,
                                                                              dst.red.step, size);
@@ -384,7 +386,8 @@ TEST(SimdYUV422, PlanarForwardPublicFunctionsMatchScalarKernelAtEverySize)
                     Planes422 expected = dst;
 
                     Plane rgb(height, packed ? 3 * width : oddStep(3 * width, 7), 3, gen);
-                    for (int y = 0; y < height; ++y) innerRGBToYUV422_8u_C3P3R(rgb.row(y), expected.row<Kel8u>(y), width);
+                    for (int y = 0; y < height; ++y)
+                        innerRGBToYUV422_8u_C3P3R(rgb.row(y), expected.row<Kel8u>(y), width);
                     const KelResult status = packed ? keliRGBToYUV422_8u_C3P3(rgb.row(0), dst.planes, size)
                                                     : keliRGBToYUV422_8u_C3P3R(rgb.row(0), rgb.step, dst.planes,
                                                                                dst.steps, size);
@@ -392,9 +395,10 @@ TEST(SimdYUV422, PlanarForwardPublicFunctionsMatchScalarKernelAtEverySize)
                     ASSERT_TRUE(dst == expected) << "RGBToYUV422_8u_C3P3R" << (packed ? " without strides" : "")
                                                  << " on " << target << ", " << width << " x " << height;
 
-                    PlanesRGB planes(width, height, packed ? width : oddStep(width, 1), 1, gen);
+                    PlanesRGB planes(height, packed ? width : oddStep(width, 1), 1, gen);
                     const Kel8u* const source[3] = {planes.planes[0], planes.planes[1], planes.planes[2]};
-                    for (int y = 0; y < height; ++y) innerRGBToYUV422_8u_P3R(planes.source(y), expected.row<Kel8u>(y), width);
+                    for (int y = 0; y < height; ++y)
+                        innerRGBToYUV422_8u_P3R(planes.source(y), expected.row<Kel8u>(y), width);
                     const KelResult planarStatus = packed ? keliRGBToYUV422_8u_P3(source, dst.planes, size)
                                                           : keliRGBToYUV422_8u_P3R(source, planes.red.step, dst.planes,
                                                                                    dst.steps, size);
