@@ -10,32 +10,6 @@
 using namespace kel;
 using namespace kel::yuv;
 
-namespace {
-
-// One row of the Y, U and V planes (U and V at half width).  As the
-// destination of the forward 4:2:2 kernel it takes a pair's samples, or those
-// of a last single pixel, which has chroma of its own in planes.
-template <typename Byte>
-struct YUVRow {
-    Byte *y, *u, *v;
-
-    void putPair(int pair, Kel8u y0, Kel8u y1, Kel8u cb, Kel8u cr) const
-    {
-        y[2 * pair] = y0;
-        y[2 * pair + 1] = y1;
-        u[pair] = cb;
-        v[pair] = cr;
-    }
-    void putLast(int pair, Kel8u luma, Kel8u cb, Kel8u cr) const
-    {
-        y[2 * pair] = luma;
-        u[pair] = cb;
-        v[pair] = cr;
-    }
-};
-
-} // namespace
-
 // The layers behind the public functions, defined below in this order.
 void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
 void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width,
@@ -65,12 +39,12 @@ void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize
 void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size);
 
 void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width);
-void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVRow<Kel8u> dst, int width);
-void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVRow<Kel8u> dst, int width);
+void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVPlaneRow<Kel8u> dst, int width);
+void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVPlaneRow<Kel8u> dst, int width);
 void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width);
-void innerYUV422ToRGB_8u_P3C3R(YUVRow<const Kel8u> src, Kel8u* dst, int width);
-void innerYUV422ToRGB_8u_P3AC4R(YUVRow<const Kel8u> src, Kel8u* dst, int width);
-void innerYUV422ToRGB_8u_P3R(YUVRow<const Kel8u> src, PlaneStore dst, int width);
+void innerYUV422ToRGB_8u_P3C3R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width);
+void innerYUV422ToRGB_8u_P3AC4R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width);
+void innerYUV422ToRGB_8u_P3R(YUVPlaneRow<const Kel8u> src, PlaneStore dst, int width);
 void unrealYUV(const Kel8u* src, Kel8u* dst);
 void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
                                int width);
@@ -305,14 +279,14 @@ PlaneStore planeStore(const PlaneRows<Kel8u>& rgb, int y)
     return {rgb.row(0, y), rgb.row(1, y), rgb.row(2, y)};
 }
 template <typename Byte>
-YUVRow<Byte> yuvRow(const PlaneRows<Byte>& yuv, int y)
+YUVPlaneRow<Byte> yuvRow(const PlaneRows<Byte>& yuv, int y)
 {
     return {yuv.row(0, y), yuv.row(1, y), yuv.row(2, y)};
 }
 
 } // namespace
 
-// The pixel-order rows' kernels are chosen once per call: the fastest this
+// 4:2:2: the row kernels are chosen once per call: the fastest this
 // processor runs (yuvpxsimd.cpp), which gives the scalar kernel's bytes.
 void myRGBToYUV422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
@@ -323,14 +297,16 @@ void myRGBToYUV422_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3]
                             int height)
 {
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
-    forEachRow(height, [&](int y) { innerRGBToYUV422_8u_C3P3R(rowAt(pSrc, srcStep, y), yuvRow(yuv, y), width); });
+    const RowPixelsTo422 row = chooseRGBToYUV422_8u_C3P3R();
+    forEachRow(height, [&](int y) { row(rowAt(pSrc, srcStep, y), yuvRow(yuv, y), width); });
 }
 void myRGBToYUV422_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
                           int width, int height)
 {
     const PlaneRows<const Kel8u> rgb(pSrc, srcStep);
     const PlaneRows<Kel8u> yuv(pDst, dstSteps);
-    forEachRow(height, [&](int y) { innerRGBToYUV422_8u_P3R(planeSource(rgb, y), yuvRow(yuv, y), width); });
+    const RowPlanesTo422 row = chooseRGBToYUV422_8u_P3R();
+    forEachRow(height, [&](int y) { row(planeSource(rgb, y), yuvRow(yuv, y), width); });
 }
 // A row of one pixel has no pair before it to lend the missing V.
 void myYUV422ToRGB_8u_C2C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
@@ -345,20 +321,23 @@ void myYUV422ToRGB_8u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], K
                             int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
-    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3C3R(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
+    const Row422ToPixels row = chooseYUV422ToRGB_8u_P3C3R();
+    forEachRow(height, [&](int y) { row(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
 }
 void myYUV422ToRGB_8u_P3AC4R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* pDst, int dstStep, int width,
                              int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
-    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3AC4R(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
+    const Row422ToPixels row = chooseYUV422ToRGB_8u_P3AC4R();
+    forEachRow(height, [&](int y) { row(yuvRow(yuv, y), rowAt(pDst, dstStep, y), width); });
 }
 void myYUV422ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel8u* const pDst[3], int dstStep,
                           int width, int height)
 {
     const PlaneRows<const Kel8u> yuv(pSrc, srcSteps);
     const PlaneRows<Kel8u> rgb(pDst, dstStep);
-    forEachRow(height, [&](int y) { innerYUV422ToRGB_8u_P3R(yuvRow(yuv, y), planeStore(rgb, y), width); });
+    const Row422ToPlanes row = chooseYUV422ToRGB_8u_P3R();
+    forEachRow(height, [&](int y) { row(yuvRow(yuv, y), planeStore(rgb, y), width); });
 }
 
 // 4:2:0: row pairs, each with one chroma row.  The row-pair kernel is chosen
@@ -433,11 +412,11 @@ void inTwoRuns(KelImageSize size, const Kernel& kernel)
     if (pixels & 7) kernel(n, pixels & 7);
 }
 
-// The planes from pixel `first` on (even: chroma at half the offset).
+// The planes from pixel `first` on.
 template <typename Byte>
-YUVRow<Byte> yuvFrom(Byte* const planes[3], int first)
+YUVPlaneRow<Byte> yuvFrom(Byte* const planes[3], int first)
 {
-    return {planes[0] + first, planes[1] + first / 2, planes[2] + first / 2};
+    return YUVPlaneRow<Byte>{planes[0], planes[1], planes[2]}.from(first);
 }
 PlaneSource rgbFrom(const Kel8u* const planes[3], int first)
 {
@@ -450,29 +429,26 @@ PlaneStore rgbFrom(Kel8u* const planes[3], int first)
 
 } // namespace
 
+// The row kernel is chosen once per call, as for the row layers.
 void myRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize size)
 {
-    inTwoRuns(size, [&](int first, int count) {
-        innerRGBToYUV422_8u_C3P3R(pSrc + 3 * first, yuvFrom(pDst, first), count);
-    });
+    const RowPixelsTo422 row = chooseRGBToYUV422_8u_C3P3R();
+    inTwoRuns(size, [&](int first, int count) { row(pSrc + 3 * first, yuvFrom(pDst, first), count); });
 }
 void myRGBToYUV422_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
 {
-    inTwoRuns(size, [&](int first, int count) {
-        innerRGBToYUV422_8u_P3R(rgbFrom(pSrc, first), yuvFrom(pDst, first), count);
-    });
+    const RowPlanesTo422 row = chooseRGBToYUV422_8u_P3R();
+    inTwoRuns(size, [&](int first, int count) { row(rgbFrom(pSrc, first), yuvFrom(pDst, first), count); });
 }
 void myYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize size)
 {
-    inTwoRuns(size, [&](int first, int count) {
-        innerYUV422ToRGB_8u_P3C3R(yuvFrom(pSrc, first), pDst + 3 * first, count);
-    });
+    const Row422ToPixels row = chooseYUV422ToRGB_8u_P3C3R();
+    inTwoRuns(size, [&](int first, int count) { row(yuvFrom(pSrc, first), pDst + 3 * first, count); });
 }
 void myYUV422ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize size)
 {
-    inTwoRuns(size, [&](int first, int count) {
-        innerYUV422ToRGB_8u_P3R(yuvFrom(pSrc, first), rgbFrom(pDst, first), count);
-    });
+    const Row422ToPlanes row = chooseYUV422ToRGB_8u_P3R();
+    inTwoRuns(size, [&](int first, int count) { row(yuvFrom(pSrc, first), rgbFrom(pDst, first), count); });
 }
 
 // ---- kernels ---------------------------------------------------------------------------------------------
@@ -575,7 +551,7 @@ void forward420(const Source top, const Source bottom, Kel8u* yTop, Kel8u* yBott
 // Inverse 4:2:2 from planes, pixel by pixel; a last single pixel takes chroma
 // entry width / 2, which the planes hold.
 template <typename Store>
-void inverse422Planes(YUVRow<const Kel8u> yuv, const Store out, int width)
+void inverse422Planes(YUVPlaneRow<const Kel8u> yuv, const Store out, int width)
 {
     for (int x = 0; x < width; ++x) {
         Kel8u r, g, b;
@@ -634,11 +610,11 @@ void innerRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
 {
     forward422(PixelSource<3, kRGB>{src}, PairStore<kYCbCrPair>{dst}, width);
 }
-void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVRow<Kel8u> dst, int width)
+void innerRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVPlaneRow<Kel8u> dst, int width)
 {
     forward422(PixelSource<3, kRGB>{src}, dst, width);
 }
-void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVRow<Kel8u> dst, int width)
+void innerRGBToYUV422_8u_P3R(PlaneSource src, YUVPlaneRow<Kel8u> dst, int width)
 {
     forward422(src, dst, width);
 }
@@ -646,15 +622,15 @@ void innerYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
 {
     inverse422Pairs<kYCbCrPair>(src, dst, width);
 }
-void innerYUV422ToRGB_8u_P3C3R(YUVRow<const Kel8u> src, Kel8u* dst, int width)
+void innerYUV422ToRGB_8u_P3C3R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width)
 {
     inverse422Planes(src, PixelStore<3, kRGB>{dst}, width);
 }
-void innerYUV422ToRGB_8u_P3AC4R(YUVRow<const Kel8u> src, Kel8u* dst, int width)
+void innerYUV422ToRGB_8u_P3AC4R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width)
 {
     inverse422Planes(src, AlphaZeroStore{dst, 0}, width);
 }
-void innerYUV422ToRGB_8u_P3R(YUVRow<const Kel8u> src, PlaneStore dst, int width)
+void innerYUV422ToRGB_8u_P3R(YUVPlaneRow<const Kel8u> src, PlaneStore dst, int width)
 {
     inverse422Planes(src, dst, width);
 }

@@ -1,5 +1,5 @@
-// RGB <-> full-range YUV 4:2:0 and pixel-order 4:2:2 on whole vectors, compiled once for every SIMD
-// target (foreach_target.h includes this file once a target).
+// RGB <-> full-range YUV 4:2:0 and 4:2:2 on whole vectors, compiled once for every SIMD target
+// (foreach_target.h includes this file once a target).
 #include "yuvpxsimd.h"
 
 #include <cstddef>
@@ -23,7 +23,7 @@ namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
-// ---- inverse 4:2:0 -------------------------------------------------------------------------------------
+// ---- inverse 4:2:0 and planar 4:2:2 -----------------------------------------------------------------
 
 // The chroma terms of a YUV inverse set over the stored (uncentred) U and V,
 // U in the Cb place of chromaTerm's pairs: the centring on 128 and the
@@ -67,8 +67,10 @@ struct Planes3 {
     }
 };
 
-// Rows in pairs, a vector of luma bytes a step in each row.  The scalar
-// kernel computes each channel as
+// Rows of luma that share one chroma row (two in 4:2:0, one in planar
+// 4:2:2), a vector of luma bytes a step in each row; `pixels` of each row are
+// converted (4:2:0 leaves an odd last column alone, 4:2:2 planes hold chroma
+// for it).  The scalar kernel computes each channel as
 //   clamp((65536 * Y + C) >> 16),  C = weight . (U - 128, V - 128) + Half,
 // and since 65536 * Y is a whole multiple of 65536 that is exactly
 //   clamp(Y + (C >> 16)):
@@ -78,13 +80,12 @@ struct Planes3 {
 // Y + (C >> 16) lies within -300..560, inside 16 bits, and the pack
 // saturates it to 0..255 as the scalar clamp does.  Luma and chroma are
 // widened by zipping within 16-byte blocks, so a pixel's 16-bit lane and its
-// cell's 32-bit lane stay side by side; the pack undoes the zip.  The cells
+// cell's 32-bit lane stay side by side; the pack undoes the zip.  The pixels
 // after the last whole step go to `tail`, the scalar kernel compiled for the
 // baseline.
-template <const yuv::Inverse& K, std::int32_t Half, class Store, class Tail>
-HWY_INLINE void rowPairsYUV420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_RESTRICT yBottom,
-                               const Kel8u* HWY_RESTRICT u, const Kel8u* HWY_RESTRICT v, const Store top,
-                               const Store bottom, int width, const Tail& tail)
+template <const yuv::Inverse& K, std::int32_t Half, int Rows, class Store, class Tail>
+HWY_INLINE void rowsYUVToRGB(const Kel8u* const (&luma)[Rows], const Kel8u* HWY_RESTRICT u,
+                             const Kel8u* HWY_RESTRICT v, const Store (&out)[Rows], int pixels, const Tail& tail)
 {
     const hn::ScalableTag<std::uint8_t> du8;
     const hn::Repartition<std::uint16_t, decltype(du8)> du16;
@@ -96,9 +97,8 @@ HWY_INLINE void rowPairsYUV420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_
     const auto highHalves = hn::LoadDup128(du8, kHighHalves);
     const auto zero = hn::Zero(du8);
 
-    const int evenWidth = width & ~1;
     int x = 0;
-    for (; x + step <= evenWidth; x += step) {
+    for (; x + step <= pixels; x += step) {
         // The step's cells in 16-bit lanes, then (U, V) pairs zipped within
         // blocks: `first` holds the cells of the pixels zipped into `first` below.
         const auto u16 = hn::PromoteTo(du16, hn::LoadU(du8Half, u + x / 2));
@@ -115,35 +115,51 @@ HWY_INLINE void rowPairsYUV420(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_
         const auto blueFirst = shifted(chromaTerm<kYUVBlueWeights<K, Half>>(di32, pairsFirst));
         const auto blueSecond = shifted(chromaTerm<kYUVBlueWeights<K, Half>>(di32, pairsSecond));
 
-        for (int row = 0; row < 2; ++row) {
-            const auto lumaBytes = hn::LoadU(du8, (row == 0 ? yTop : yBottom) + x);
+        for (int row = 0; row < Rows; ++row) {
+            const auto lumaBytes = hn::LoadU(du8, luma[row] + x);
             const auto first = hn::BitCast(di16, hn::ZipLower(du16, lumaBytes, zero));
             const auto second = hn::BitCast(di16, hn::ZipUpper(du16, lumaBytes, zero));
             const auto channel = [&](const auto cellFirst, const auto cellSecond) {
                 return packBytes(du8, hn::Add(first, cellFirst), hn::Add(second, cellSecond));
             };
-            (row == 0 ? top : bottom)
-                .put(du8, x, channel(redFirst, redSecond), channel(greenFirst, greenSecond),
-                     channel(blueFirst, blueSecond));
+            out[row].put(du8, x, channel(redFirst, redSecond), channel(greenFirst, greenSecond),
+                         channel(blueFirst, blueSecond));
         }
     }
-    if (x < evenWidth) tail(x);
+    if (x < pixels) tail(x);
+}
+
+// A 4:2:0 row pair: two luma rows over one chroma row, an odd last column left alone.
+template <std::int32_t Half, class Store, class Tail>
+HWY_INLINE void rowPairsYUV420(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v,
+                               const Store top, const Store bottom, int width, const Tail& tail)
+{
+    const Kel8u* const luma[2] = {yTop, yBottom};
+    const Store out[2] = {top, bottom};
+    rowsYUVToRGB<yuv::inverse1, Half>(luma, u, v, out, width & ~1, tail);
+}
+
+// A planar 4:2:2 row: one luma row over its chroma, a last single pixel included.
+template <class Store, class Tail>
+HWY_INLINE void rowYUV422Planes(YUVPlaneRow<const Kel8u> src, const Store dst, int width, const Tail& tail)
+{
+    const Kel8u* const luma[1] = {src.y};
+    const Store out[1] = {dst};
+    rowsYUVToRGB<yuv::inverse1, 0>(luma, src.u, src.v, out, width, tail);
 }
 
 void rowPairYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                  Kel8u* bottom, int width)
 {
-    rowPairsYUV420<yuv::inverse1, 0>(yTop, yBottom, u, v, Interleaved3<kRGB>{top}, Interleaved3<kRGB>{bottom}, width,
-                                     [&](int x) {
-                                         innerYUV420ToRGB_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2,
-                                                                   top + 3 * x, bottom + 3 * x, width - x);
-                                     });
+    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kRGB>{top}, Interleaved3<kRGB>{bottom}, width, [&](int x) {
+        innerYUV420ToRGB_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    });
 }
 
 void rowPairYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                   Kel8u* bottom, int width)
 {
-    rowPairsYUV420<yuv::inverse1, 32768>(yTop, yBottom, u, v, ZeroAlpha4{top}, ZeroAlpha4{bottom}, width, [&](int x) {
+    rowPairsYUV420<32768>(yTop, yBottom, u, v, ZeroAlpha4{top}, ZeroAlpha4{bottom}, width, [&](int x) {
         innerYUV420ToRGB_8u_P3AC4R(yTop + x, yBottom + x, u + x / 2, v + x / 2, top + 4 * x, bottom + 4 * x,
                                    width - x);
     });
@@ -152,7 +168,7 @@ void rowPairYUV420ToRGB_8u_P3AC4R(const Kel8u* yTop, const Kel8u* yBottom, const
 void rowPairYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, PlaneStore top,
                                PlaneStore bottom, int width)
 {
-    rowPairsYUV420<yuv::inverse1, 0>(yTop, yBottom, u, v, Planes3{top}, Planes3{bottom}, width, [&](int x) {
+    rowPairsYUV420<0>(yTop, yBottom, u, v, Planes3{top}, Planes3{bottom}, width, [&](int x) {
         const PlaneStore topRest{top.red + x, top.green + x, top.blue + x};
         const PlaneStore bottomRest{bottom.red + x, bottom.green + x, bottom.blue + x};
         innerYUV420ToRGB_8u_P3R(yTop + x, yBottom + x, u + x / 2, v + x / 2, topRest, bottomRest, width - x);
@@ -162,11 +178,29 @@ void rowPairYUV420ToRGB_8u_P3R(const Kel8u* yTop, const Kel8u* yBottom, const Ke
 void rowPairYUV420ToBGR_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                  Kel8u* bottom, int width)
 {
-    rowPairsYUV420<yuv::inverse1, 0>(yTop, yBottom, u, v, Interleaved3<kBGR>{top}, Interleaved3<kBGR>{bottom}, width,
-                                     [&](int x) {
-                                         innerYUV420ToBGR_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2,
-                                                                   top + 3 * x, bottom + 3 * x, width - x);
-                                     });
+    rowPairsYUV420<0>(yTop, yBottom, u, v, Interleaved3<kBGR>{top}, Interleaved3<kBGR>{bottom}, width, [&](int x) {
+        innerYUV420ToBGR_8u_P3C3R(yTop + x, yBottom + x, u + x / 2, v + x / 2, top + 3 * x, bottom + 3 * x, width - x);
+    });
+}
+
+void rowYUV422ToRGB_8u_P3C3R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width)
+{
+    rowYUV422Planes(src, Interleaved3<kRGB>{dst}, width,
+                    [&](int x) { innerYUV422ToRGB_8u_P3C3R(src.from(x), dst + 3 * x, width - x); });
+}
+
+// Four-byte pixels with alpha 0; unlike 4:2:0's, this member does not round.
+void rowYUV422ToRGB_8u_P3AC4R(YUVPlaneRow<const Kel8u> src, Kel8u* dst, int width)
+{
+    rowYUV422Planes(src, ZeroAlpha4{dst}, width,
+                    [&](int x) { innerYUV422ToRGB_8u_P3AC4R(src.from(x), dst + 4 * x, width - x); });
+}
+
+void rowYUV422ToRGB_8u_P3R(YUVPlaneRow<const Kel8u> src, PlaneStore dst, int width)
+{
+    rowYUV422Planes(src, Planes3{dst}, width, [&](int x) {
+        innerYUV422ToRGB_8u_P3R(src.from(x), PlaneStore{dst.red + x, dst.green + x, dst.blue + x}, width - x);
+    });
 }
 
 // ---- forward 4:2:0 -------------------------------------------------------------------------------------
@@ -434,7 +468,7 @@ void rowPairRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop,
     });
 }
 
-// ---- 4:2:2 in pixel order (Y0 U Y1 V) -------------------------------------------------------------------
+// ---- 4:2:2 in pixel order (Y0 U Y1 V), and forward 4:2:2 to planes -------------------------------------
 
 // Pixel-order bytes, two a pixel, regrouped by 16-byte blocks between the
 // layout of memory (`first` holds the lower half of the pixels) and the
@@ -488,7 +522,7 @@ alignas(16) constexpr std::uint8_t kSpreadV[16] = {3, 0x80, 3, 0x80, 7, 0x80, 7,
 // mulhi being the floor of the product / 65536, as the scalar shift is.  Red
 // and blue work in the pixels' 16-bit lanes, U and V copied there from their
 // pair; green's sum of two products is a 32-bit multiply-add a pair, its
-// result (within +-100) copied to the pair's pixels.  The sums lie within
+// upper 16-bit half (the >> 16, within +-100) copied to the pair's pixels.  The sums lie within
 // -300..560 and the pack saturates them as the scalar clamp.  A pair's four
 // bytes are one 32-bit lane, its Y bytes, masked, its pixels' 16-bit lanes.
 // A last single pixel and the pairs after the last whole step go to `tail`,
@@ -507,7 +541,7 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
     const hn::Repartition<std::uint32_t, decltype(du8)> du32;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of source bytes
     const auto spreadU = hn::LoadDup128(du8, kSpreadU), spreadV = hn::LoadDup128(du8, kSpreadV);
-    const auto lowHalves = hn::LoadDup128(du8, kLowHalves);
+    const auto highHalves = hn::LoadDup128(du8, kHighHalves);
     const auto centre = hn::Set(di16, 128);
     const auto greenWeights = hn::BitCast(di16, hn::Set(di32, weightPair(-K.uToG, greenRest)));
 
@@ -527,9 +561,9 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
                         centre);
             auto other = hn::Zero(di32);
             const auto sum = hn::ReorderWidenMulAccumulate(di32, pairs, greenWeights, hn::Zero(di32), other);
-            const auto greenTerm = hn::ShiftRight<16>(hn::RearrangeToOddPlusEven(sum, other));
+            const auto greenSum = hn::RearrangeToOddPlusEven(sum, other);
             green = hn::Add(hn::Sub(luma, dv),
-                            hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, greenTerm), lowHalves)));
+                            hn::BitCast(di16, hn::TableLookupBytes(hn::BitCast(du8, greenSum), highHalves)));
         };
         hn::Vec<decltype(di16)> redFirst, greenFirst, blueFirst, redSecond, greenSecond, blueSecond;
         pixels(first, redFirst, greenFirst, blueFirst);
@@ -540,24 +574,58 @@ HWY_INLINE void rowYUV422ToRGB(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
     if (x < width) tail(x);
 }
 
-// A row of RGB24 to pixel pairs, a vector of pixels a step: each pixel's Y
+// Where a 4:2:2 row's Y (two vectors of 16-bit lanes, in the order of a zip
+// within 16-byte blocks, as lumaOfPixels gives them) and its pairs' U and V
+// (16-bit lanes in pair order, V unclamped) go: pixel pairs or three planes.
+// A pixel's chroma byte (U for the first of a pair, V for the second) goes
+// above its Y in a 16-bit lane, V saturated first as the scalar clamp;
+// zipping U and V of the pairs within blocks gives the pixels the order of Y.
+struct PixelPairs {
+    Kel8u* p;
+    template <class DU8, class VI16>
+    HWY_INLINE void put(DU8 du8, int x, VI16 lumaFirst, VI16 lumaSecond, VI16 cellU, VI16 cellV) const
+    {
+        const hn::Repartition<std::uint16_t, DU8> du16;
+        const hn::Repartition<std::int16_t, DU8> di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const int step = static_cast<int>(hn::Lanes(du8));
+        cellV = hn::Min(hn::Max(cellV, hn::Zero(di16)), hn::Set(di16, 255));
+        const auto pair = [&](const auto luma, const auto chroma) {
+            return hn::BitCast(du8, hn::Or(hn::BitCast(du16, luma), hn::ShiftLeft<8>(hn::BitCast(du16, chroma))));
+        };
+        auto first = pair(lumaFirst, hn::ZipLower(di32, cellU, cellV));
+        auto second = pair(lumaSecond, hn::ZipUpper(di32, cellU, cellV));
+        joinBlocks(first, second);
+        hn::StoreU(first, du8, p + 2 * x);
+        hn::StoreU(second, du8, p + 2 * x + step);
+    }
+};
+// Y packed back to pixel order, U and V saturated to bytes (V as the scalar
+// clamp; U lies within 16..239).
+struct YUVPlanes {
+    YUVPlaneRow<Kel8u> s;
+    template <class DU8, class VI16>
+    HWY_INLINE void put(DU8 du8, int x, VI16 lumaFirst, VI16 lumaSecond, VI16 cellU, VI16 cellV) const
+    {
+        const hn::Rebind<std::uint8_t, hn::DFromV<VI16>> du8Half;
+        hn::StoreU(packBytes(du8, lumaFirst, lumaSecond), du8, s.y + x);
+        hn::StoreU(hn::DemoteTo(du8Half, cellU), du8Half, s.u + x / 2);
+        hn::StoreU(hn::DemoteTo(du8Half, cellV), du8Half, s.v + x / 2);
+    }
+};
+
+// A row of RGB to 4:2:2, a vector of pixels a step: each pixel's Y
 // (lumaOfPixels) and each pair's U and V (chromaOfCells over the pair's
-// sums), the formulas with k = 1.  A pixel's chroma byte (U for the first of
-// a pair, V for the second) goes above its Y in a 16-bit lane, V saturated
-// first as the scalar clamp; zipping U and V of the cells within blocks
-// gives the pixels the order lumaOfPixels gives Y.  A last single pixel and
-// the pairs after the last whole step go to `tail`, the scalar kernel
-// compiled for the baseline.
-template <class Tail>
-HWY_INLINE void rowRGBToYUV422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, const Tail& tail)
+// sums), the formulas with k = 1.  A last single pixel and the pairs after
+// the last whole step go to `tail`, the scalar kernel compiled for the
+// baseline.
+template <class Source, class Store, class Tail>
+HWY_INLINE void rowRGBToYUV422(const Source source, const Store out, int width, const Tail& tail)
 {
     const hn::ScalableTag<std::uint8_t> du8;
-    const hn::Repartition<std::uint16_t, decltype(du8)> du16;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
-    const hn::Repartition<std::int32_t, decltype(du8)> di32;
-    const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step, in two vectors of pairs
+    const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step
 
-    const InterleavedRGB source{src};
     const int evenWidth = width & ~1;
     int x = 0;
     for (; x + step <= evenWidth; x += step) {
@@ -566,15 +634,7 @@ HWY_INLINE void rowRGBToYUV422(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRIC
         hn::Vec<decltype(di16)> lumaFirst, lumaSecond, cellU, cellV;
         lumaOfPixels(du8, di16, r, g, b, lumaFirst, lumaSecond);
         chromaOfCells<1>(di16, pairSums(di16, r), pairSums(di16, g), pairSums(di16, b), cellU, cellV);
-        cellV = hn::Min(hn::Max(cellV, hn::Zero(di16)), hn::Set(di16, 255));
-        const auto pair = [&](const auto luma, const auto chroma) {
-            return hn::BitCast(du8, hn::Or(hn::BitCast(du16, luma), hn::ShiftLeft<8>(hn::BitCast(du16, chroma))));
-        };
-        auto first = pair(lumaFirst, hn::ZipLower(di32, cellU, cellV));
-        auto second = pair(lumaSecond, hn::ZipUpper(di32, cellU, cellV));
-        joinBlocks(first, second);
-        hn::StoreU(first, du8, dst + 2 * x);
-        hn::StoreU(second, du8, dst + 2 * x + step);
+        out.put(du8, x, lumaFirst, lumaSecond, cellU, cellV);
     }
     if (x < width) tail(x);
 }
@@ -587,7 +647,21 @@ void rowYUV422ToRGB_8u_C2C3R(const Kel8u* src, Kel8u* dst, int width)
 
 void rowRGBToYUV422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width)
 {
-    rowRGBToYUV422(src, dst, width, [&](int x) { innerRGBToYUV422_8u_C3C2R(src + 3 * x, dst + 2 * x, width - x); });
+    rowRGBToYUV422(InterleavedRGB{src}, PixelPairs{dst}, width,
+                   [&](int x) { innerRGBToYUV422_8u_C3C2R(src + 3 * x, dst + 2 * x, width - x); });
+}
+
+void rowRGBToYUV422_8u_C3P3R(const Kel8u* src, YUVPlaneRow<Kel8u> dst, int width)
+{
+    rowRGBToYUV422(InterleavedRGB{src}, YUVPlanes{dst}, width,
+                   [&](int x) { innerRGBToYUV422_8u_C3P3R(src + 3 * x, dst.from(x), width - x); });
+}
+
+void rowRGBToYUV422_8u_P3R(PlaneSource src, YUVPlaneRow<Kel8u> dst, int width)
+{
+    rowRGBToYUV422(PlanesRGB{src}, YUVPlanes{dst}, width, [&](int x) {
+        innerRGBToYUV422_8u_P3R(PlaneSource{src.red + x, src.green + x, src.blue + x}, dst.from(x), width - x);
+    });
 }
 
 } // namespace HWY_NAMESPACE
@@ -605,6 +679,11 @@ HWY_EXPORT(rowPairRGBToYUV420_8u_C3P3R);
 HWY_EXPORT(rowPairRGBToYUV420_8u_P3R);
 HWY_EXPORT(rowYUV422ToRGB_8u_C2C3R);
 HWY_EXPORT(rowRGBToYUV422_8u_C3C2R);
+HWY_EXPORT(rowYUV422ToRGB_8u_P3C3R);
+HWY_EXPORT(rowYUV422ToRGB_8u_P3AC4R);
+HWY_EXPORT(rowYUV422ToRGB_8u_P3R);
+HWY_EXPORT(rowRGBToYUV422_8u_C3P3R);
+HWY_EXPORT(rowRGBToYUV422_8u_P3R);
 
 RowPairYUV420 chooseYUV420ToRGB_8u_P3C3R()
 {
@@ -654,6 +733,36 @@ Row422 chooseRGBToYUV422_8u_C3C2R()
     return &HWY_DYNAMIC_DISPATCH(rowRGBToYUV422_8u_C3C2R);
 }
 
+Row422ToPixels chooseYUV422ToRGB_8u_P3C3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYUV422ToRGB_8u_P3C3R);
+}
+
+Row422ToPixels chooseYUV422ToRGB_8u_P3AC4R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYUV422ToRGB_8u_P3AC4R);
+}
+
+Row422ToPlanes chooseYUV422ToRGB_8u_P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowYUV422ToRGB_8u_P3R);
+}
+
+RowPixelsTo422 chooseRGBToYUV422_8u_C3P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYUV422_8u_C3P3R);
+}
+
+RowPlanesTo422 chooseRGBToYUV422_8u_P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToYUV422_8u_P3R);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -699,6 +808,31 @@ Row422 chooseYUV422ToRGB_8u_C2C3R()
 Row422 chooseRGBToYUV422_8u_C3C2R()
 {
     return innerRGBToYUV422_8u_C3C2R;
+}
+
+Row422ToPixels chooseYUV422ToRGB_8u_P3C3R()
+{
+    return innerYUV422ToRGB_8u_P3C3R;
+}
+
+Row422ToPixels chooseYUV422ToRGB_8u_P3AC4R()
+{
+    return innerYUV422ToRGB_8u_P3AC4R;
+}
+
+Row422ToPlanes chooseYUV422ToRGB_8u_P3R()
+{
+    return innerYUV422ToRGB_8u_P3R;
+}
+
+RowPixelsTo422 chooseRGBToYUV422_8u_C3P3R()
+{
+    return innerRGBToYUV422_8u_C3P3R;
+}
+
+RowPlanesTo422 chooseRGBToYUV422_8u_P3R()
+{
+    return innerRGBToYUV422_8u_P3R;
 }
 
 } // namespace kel
