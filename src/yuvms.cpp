@@ -65,7 +65,8 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
 // it, and a null stride array would then fail the size test rather than fault.
 inline void sidesTaken(const Side<const Kel8u>& src, const Side<Kel8u>& dst)
 {
-    asm volatile("" : : "m"(src), "m"(dst));
+    asm volatile("" : : "r"(src.steps[0]), "r"(src.steps[1]), "r"(src.steps[2]), "r"(dst.steps[0]), "r"(dst.steps[1]),
+                 "r"(dst.steps[2]));
 }
 
 } // namespace
@@ -334,7 +335,8 @@ constexpr int firstSourceRow(int j);
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
 {
-    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
+    // (Pixel pairs to pixel pairs have no kernel of their own: the loop below vectorises as it stands.)
+    const simdrepack::Kernels* simd = isPixelOrder(SF) && isPixelOrder(DF) ? nullptr : simdrepack::chooseKernels();
     const PlaneRows<const Kel8u> from(src.planes, src.steps);
     const PlaneRows<Kel8u> to(dst.planes, dst.steps);
     if constexpr (isPixelOrder(DF)) {
@@ -352,8 +354,10 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             Kel8u* dy = to.row(0, y);
             Kel8u* dcb = to.row(1, y);
             Kel8u* dcr = to.row(2, y);
-            const int done = kernel ? kernel(sy, scb, scr, to.row(firstComponent(DF), y), width) : 0;
-            for (int k = done / 2; k < width / 2; ++k) {
+            int firstPair = 0;  // stays a constant where there is no kernel, so the loop below vectorises as it stands
+            if constexpr (!isPixelOrder(SF))
+                if (kernel) firstPair = kernel(sy, scb, scr, to.row(firstComponent(DF), y), width) / 2;
+            for (int k = firstPair; k < width / 2; ++k) {
                 const int source = R == Rule::ColumnsDoubled ? k / 2 : k;
                 dy[4 * k] = sy[2 * k * sl];
                 dy[4 * k + 2] = sy[(2 * k + 1) * sl];

@@ -30,6 +30,25 @@ using VU8 = hn::Vec<DU8>;
 // A kernel writes exactly the bytes the scalar kernel writes over the range
 // it returns, and reads only bytes the scalar kernel reads.
 
+// Whole steps from the start of a row; then, where the row holds a step but
+// not a whole number of them, one more step ending at the row's end.  That
+// step overlaps the one before and writes the same bytes again (the source
+// and destination rows are apart), so the scalar kernel is left at most
+// align - 1 units.  `align` keeps the last step's start a multiple of what
+// the step's own indexing needs (a pixel pair, a doubled sample).
+template <class Step>
+HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
+{
+    int at = 0;
+    for (; at + step <= count; at += step) body(at);
+    if (at < count && count >= step) {
+        const int last = (count - step) / align * align;
+        body(last);
+        at = last + step;
+    }
+    return at;
+}
+
 // ---- chroma rows between planes and planes of pairs ------------------------------------------------
 
 // n consecutive samples of each component from source sample i.
@@ -83,15 +102,14 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    int k = 0;
     if constexpr (R == kSameColumns) {
-        for (; k + n <= samples; k += n) {
+        return wholeSteps(samples, n, 1, [&](int k) {
             VU8 vcb, vcr;
             loadChroma<S>(d, src.cb, src.cr, k, vcb, vcr);
             storeChroma<D>(d, cb, cr, k, vcb, vcr);
-        }
+        });
     } else if constexpr (R == kEvenColumns || R == kOddColumns) {
-        for (; k + n <= samples; k += n) {
+        return wholeSteps(samples, n, 1, [&](int k) {
             VU8 cbLow, crLow, cbHigh, crHigh;
             loadChroma<S>(d, src.cb, src.cr, 2 * k, cbLow, crLow);
             loadChroma<S>(d, src.cb, src.cr, 2 * k + n, cbHigh, crHigh);
@@ -100,23 +118,22 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
             } else {
                 storeChroma<D>(d, cb, cr, k, hn::ConcatOdd(d, cbHigh, cbLow), hn::ConcatOdd(d, crHigh, crLow));
             }
-        }
+        });
     } else if constexpr (R == kDoubledColumns) {
-        for (; k + 2 * n <= samples; k += 2 * n) {
+        return wholeSteps(samples, 2 * n, 2, [&](int k) {
             VU8 vcb, vcr;
             loadChroma<S>(d, src.cb, src.cr, k / 2, vcb, vcr);
             storeAlternating<D>(d, cb, cr, k, vcb, vcr, vcb, vcr);
-        }
+        });
     } else {
         static_assert(R == kUnstackedRows);
-        for (; k + 2 * n <= samples; k += 2 * n) {
+        return wholeSteps(samples, 2 * n, 2, [&](int k) {
             VU8 firstCb, firstCr, secondCb, secondCr;
             loadChroma<S>(d, src.cb, src.cr, k / 2, firstCb, firstCr);
             loadChroma<S>(d, src.nextCb, src.nextCr, k / 2, secondCb, secondCr);
             storeAlternating<D>(d, cb, cr, k, firstCb, firstCr, secondCb, secondCr);
-        }
+        });
     }
-    return k;
 }
 
 // ---- pixel pairs ----------------------------------------------------------------------------------------
@@ -139,24 +156,23 @@ int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
     constexpr PairBytes B = kPairBytes<O>;
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    int x = 0;
     if constexpr (PC == kLumaOnly) {
         (void)cb;
         (void)cr;
-        for (; x + n <= width; x += n) {
+        return wholeSteps(width, n, 4, [&](int x) {
             const VU8 low = hn::LoadU(d, pairs + 2 * x), high = hn::LoadU(d, pairs + 2 * x + n);
             hn::StoreU(B.y0 == 0 ? hn::ConcatEven(d, high, low) : hn::ConcatOdd(d, high, low), d, y + x);
-        }
+        });
     } else if constexpr (PC == kPairChromaToPlanes) {
-        for (; x + 2 * n <= width; x += 2 * n) {
+        return wholeSteps(width, 2 * n, 4, [&](int x) {
             VU8 v[4];
             hn::LoadInterleaved4(d, pairs + 2 * x, v[0], v[1], v[2], v[3]);
             hn::StoreInterleaved2(v[B.y0], v[B.y1], d, y + x);
             hn::StoreU(v[B.cb], d, cb + x / 2);
             hn::StoreU(v[B.cr], d, cr + x / 2);
-        }
+        });
     } else {
-        for (; x + 4 * n <= width; x += 4 * n) {
+        return wholeSteps(width, 4 * n, 4, [&](int x) {
             VU8 low[4], high[4];
             hn::LoadInterleaved4(d, pairs + 2 * x, low[0], low[1], low[2], low[3]);
             hn::LoadInterleaved4(d, pairs + 2 * x + 4 * n, high[0], high[1], high[2], high[3]);
@@ -172,9 +188,8 @@ int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
                 (void)cr;
                 hn::StoreInterleaved2(evenCb, evenCr, d, cb + 2 * (x / 4));
             }
-        }
+        });
     }
-    return x;
 }
 
 // n chroma samples doubled in order (s0 s0 s1 s1 ...): each byte widened to
@@ -195,8 +210,7 @@ int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs
     const hn::Repartition<std::uint16_t, DU8> du16;
     const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
     const int n = static_cast<int>(hn::Lanes(d));
-    int x = 0;
-    for (; x + 2 * n <= width; x += 2 * n) {
+    return wholeSteps(width, 2 * n, 4, [&](int x) {
         VU8 v[4];
         hn::LoadInterleaved2(d, y + x, v[B.y0], v[B.y1]);
         if constexpr (!Doubled) {
@@ -211,8 +225,7 @@ int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs
             v[B.cr] = doubledBytes(du16, hn::ShiftRight<8>(cells));
         }
         hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d, pairs + 2 * x);
-    }
-    return x;
+    });
 }
 
 // ---- resampling rows of one chroma plane -----------------------------------------------------------
@@ -234,28 +247,24 @@ int oddRowsAveraged(const Kel8u* s, const Kel8u* below, Kel8u* even, Kel8u* odd,
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    int k = 0;
-    for (; k + n <= samples; k += n) {
+    return wholeSteps(samples, n, 1, [&](int k) {
         const VU8 top = evenSamples(d, s + 2 * k, n);
         hn::StoreU(top, d, even + k);
         hn::StoreU(floorMean(d, top, evenSamples(d, below + 2 * k, n)), d, odd + k);
-    }
-    return k;
+    });
 }
 
 // D[2k] = S[k], D[2k + 1] = (S[k] + S[k + 1]) >> 1: n source samples a step
-// while S[k + n] is still in the row; the last sample, which is its own
+// while S[k + n] is still in the row (count samples - 1); the last sample, which is its own
 // right neighbour, is left to the scalar kernel.
 int oddColumnsAveraged(const Kel8u* s, Kel8u* dst, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    int k = 0;
-    for (; k + n < samples; k += n) {
+    return wholeSteps(samples - 1, n, 1, [&](int k) {
         const VU8 a = hn::LoadU(d, s + k), b = hn::LoadU(d, s + k + 1);
         hn::StoreInterleaved2(a, floorMean(d, a, b), d, dst + 2 * k);
-    }
-    return k;
+    });
 }
 
 // D[k] = S[2k], n samples a step.
@@ -263,9 +272,7 @@ int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    int k = 0;
-    for (; k + n <= samples; k += n) hn::StoreU(evenSamples(d, s + 2 * k, n), d, dst + k);
-    return k;
+    return wholeSteps(samples, n, 1, [&](int k) { hn::StoreU(evenSamples(d, s + 2 * k, n), d, dst + k); });
 }
 
 // The inner 2 x 2 cells of a row that has a row below: with a = S[k],
@@ -287,8 +294,7 @@ int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int sam
     const auto zero = hn::Zero(d);
     const auto quarterHalf = hn::Set(du16, RoundHalfUp ? 2 : 0);
     const auto mean = [&](VU8 a, VU8 b) { return RoundHalfUp ? hn::AverageRound(a, b) : floorMean(d, a, b); };
-    int k = 0;
-    for (; k + n < samples; k += n) {
+    return wholeSteps(samples - 1, n, 1, [&](int k) {
         const VU8 a = hn::LoadU(d, s + k), b = hn::LoadU(d, s + k + 1);
         const VU8 c = hn::LoadU(d, below + k), e = hn::LoadU(d, below + k + 1);
         const auto sum = [&](const auto zip) {
@@ -300,8 +306,7 @@ int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int sam
                                        sum([](auto dw, VU8 v, VU8 z) { return hn::ZipUpper(dw, v, z); }));
         hn::StoreInterleaved2(a, mean(a, b), d, top + 2 * k);
         hn::StoreInterleaved2(mean(a, c), diagonal, d, bottom + 2 * k);
-    }
-    return k;
+    });
 }
 
 // ---- this target's table ---------------------------------------------------------------------------
