@@ -1,6 +1,7 @@
 // Resampling between 4:2:0, 4:1:1 and 16:2:0 planes: the four repacking
 // members that average.  Each demands exact sizes instead of rounding down.
 #include "callframe.h"
+#include "yuvmssimd.h"
 
 using namespace kel;
 
@@ -81,6 +82,10 @@ KelResult resample(Kernel kernel, const Kel8u* const pSrc[3], const int srcStep[
 
 // ---- kernels: chroma planes 1 and 2 ------------------------------------------------
 
+// Each kernel takes the vector kernels of this processor once a call (none in
+// a build without SIMD); a row goes to its vector kernel first, and the loops
+// below finish it from the sample where that stopped.
+
 // 4:2:0 (n rows of width/2) to 4:1:1 (2n rows of width/4): odd columns
 // dropped, odd rows the truncating mean of their neighbours above and below;
 // the last source row is repeated.
@@ -90,13 +95,15 @@ void ownYCbCr420To411_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Ke
     const PlaneRows<const Kel8u> from(src, srcStep);
     const PlaneRows<Kel8u> to(dst, dstStep);
     const int rows = height / 2, samples = width / 4;
+    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     for (int p = 1; p < 3; ++p)
         forEachRowPair(height, [&](int even, int odd, int j) {
             const Kel8u* s = from.row(p, j);
             const Kel8u* below = j + 1 < rows ? from.row(p, j + 1) : s;
             Kel8u* evenRow = to.row(p, even);
             Kel8u* oddRow = to.row(p, odd);
-            for (int k = 0; k < samples; ++k) {
+            const int done = simd ? simd->oddRowsAveraged(s, below, evenRow, oddRow, samples) : 0;
+            for (int k = done; k < samples; ++k) {
                 evenRow[k] = s[2 * k];
                 oddRow[k] = static_cast<Kel8u>((s[2 * k] + below[2 * k]) >> 1);
             }
@@ -112,11 +119,13 @@ void ownYCbCr411To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Ke
     const PlaneRows<const Kel8u> from(src, srcStep);
     const PlaneRows<Kel8u> to(dst, dstStep);
     const int samples = width / 4;
+    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     for (int p = 1; p < 3; ++p)
         forEachRowPair(height, [&](int top, int, int j) {
             const Kel8u* s = from.row(p, top);
             Kel8u* d = to.row(p, j);
-            for (int k = 0; k < samples; ++k) {
+            const int done = simd ? simd->oddColumnsAveraged(s, d, samples) : 0;
+            for (int k = done; k < samples; ++k) {
                 const int right = k + 1 < samples ? s[k + 1] : s[k];
                 d[2 * k] = s[k];
                 d[2 * k + 1] = static_cast<Kel8u>((s[k] + right) >> 1);
@@ -131,11 +140,13 @@ void ownYCbCr420To1620_8u_P3R(const Kel8u* const src[3], const int srcStep[3], K
     const PlaneRows<const Kel8u> from(src, srcStep);
     const PlaneRows<Kel8u> to(dst, dstStep);
     const int samples = width / 4;
+    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     for (int p = 1; p < 3; ++p)
         forEachRowPair(height / 2, [&](int top, int, int j) {
             const Kel8u* s = from.row(p, top);
             Kel8u* d = to.row(p, j);
-            for (int k = 0; k < samples; ++k) d[k] = s[2 * k];
+            const int done = simd ? simd->evenColumns(s, d, samples) : 0;
+            for (int k = done; k < samples; ++k) d[k] = s[2 * k];
         });
 }
 
@@ -148,16 +159,20 @@ void ownYCbCr1620To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], K
     const PlaneRows<const Kel8u> from(src, srcStep);
     const PlaneRows<Kel8u> to(dst, dstStep);
     const int rows = height / 4, samples = width / 4;
+    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     for (int p = 1; p < 3; ++p) {
         const int half = p == 1 ? 1 : 0;     // +1 before >> 1 in Cb's inner cells
         const int quarter = p == 1 ? 2 : 0;  // +2 before >> 2
+        // The inner cells of rows with a row below; the last row is the scalar kernel's.
+        const simdrepack::TwoRowsKernel innerCells = !simd ? nullptr : p == 1 ? simd->cellsRounded : simd->cellsTruncated;
         forEachRowPair(height / 2, [&](int topRow, int bottomRow, int j) {
             const bool lastRow = j + 1 == rows;
             const Kel8u* s = from.row(p, j);
             const Kel8u* next = lastRow ? s : from.row(p, j + 1);
             Kel8u* top = to.row(p, topRow);
             Kel8u* bottom = to.row(p, bottomRow);
-            for (int k = 0; k < samples; ++k) {
+            const int done = innerCells && !lastRow ? innerCells(s, next, top, bottom, samples) : 0;
+            for (int k = done; k < samples; ++k) {
                 const bool lastColumn = k + 1 == samples;
                 const int a = s[k];
                 Kel8u right, down, diagonal;

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "callframe.h"
+#include "yuvmssimd.h"
 
 using namespace kel;
 
@@ -58,6 +59,15 @@ Side<Byte> pixelOrder(Byte* base, int step);
 
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height);
+
+// The sides are taken, stride arrays read, ahead of the size test; with the
+// kernel inlined the compiler could otherwise put off those reads until after
+// it, and a null stride array would then fail the size test rather than fault.
+inline void sidesTaken(const Side<const Kel8u>& src, const Side<Kel8u>& dst)
+{
+    asm volatile("" : : "r"(src.steps[0]), "r"(src.steps[1]), "r"(src.steps[2]), "r"(dst.steps[0]), "r"(dst.steps[1]),
+                 "r"(dst.steps[2]));
+}
 
 } // namespace
 
@@ -131,6 +141,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDst) || anyNullPlane(pSrc) || anyNullPlane(pDst)) return kelErrNullPointer; \
         const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                \
         const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        sidesTaken(src, dst);                                                                          \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
         return kelOk;                                                                                  \
@@ -142,6 +153,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDstY, pDstCbCr) || anyNullPlane(pSrc)) return kelErrNullPointer;              \
         const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                  \
         const Side<Kel8u> dst = planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep);                         \
+        sidesTaken(src, dst);                                                                            \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                    \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                 \
         return kelOk;                                                                                    \
@@ -153,6 +165,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrcY, pSrcCbCr, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;          \
         const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);               \
         const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                    \
+        sidesTaken(src, dst);                                                                        \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                             \
         return kelOk;                                                                                \
@@ -164,6 +177,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;                       \
         const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                             \
         const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        sidesTaken(src, dst);                                                                          \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
         return kelOk;                                                                                  \
@@ -175,6 +189,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDst, dstStep) || anyNullPlane(pDst)) return kelErrNullPointer;              \
         const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                             \
         const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                      \
+        sidesTaken(src, dst);                                                                          \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
         return kelOk;                                                                                  \
@@ -186,6 +201,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDst) || anyNullPlane(pSrc)) return kelErrNullPointer;                       \
         const Side<const Kel8u> src = planes3<Form::SF>(pSrc, srcStep);                                \
         const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                   \
+        sidesTaken(src, dst);                                                                          \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                  \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                               \
         return kelOk;                                                                                  \
@@ -197,6 +213,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrcY, pSrcCbCr, pDst)) return kelErrNullPointer;                                             \
         const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);                            \
         const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                              \
+        sidesTaken(src, dst);                                                                                     \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                             \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                          \
         return kelOk;                                                                                             \
@@ -208,6 +225,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDstY, pDstCbCr)) return kelErrNullPointer;                                   \
         const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                              \
         const Side<Kel8u> dst = planes2(pDstY, dstYStep, pDstCbCr, dstCbCrStep);                        \
+        sidesTaken(src, dst);                                                                           \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                   \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                \
         return kelOk;                                                                                   \
@@ -218,6 +236,7 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
         if (anyNull(pSrc, pDst)) return kelErrNullPointer;                                                 \
         const Side<const Kel8u> src = pixelOrder<Form::SF>(pSrc, srcStep);                                 \
         const Side<Kel8u> dst = pixelOrder<Form::DF>(pDst, dstStep);                                       \
+        sidesTaken(src, dst);                                                                              \
         if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                      \
         KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                                   \
         return kelOk;                                                                                      \
@@ -277,22 +296,47 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_KERNEL)
 
 namespace {
 
+using simdrepack::ChromaRowSource;
+
 constexpr bool isPixelOrder(Form f) { return f == Form::C2YCbCr || f == Form::C2CbYCr || f == Form::C2YCrCb; }
 constexpr int lumaPitch(Form f) { return isPixelOrder(f) ? 2 : 1; }
 constexpr int chromaPitch(Form f) { return isPixelOrder(f) ? 4 : f == Form::P2 ? 2 : 1; }
+// The component whose byte opens a pixel pair: the pair's own address.
+constexpr int firstComponent(Form f) { return f == Form::C2CbYCr ? 1 : 0; }
 
 constexpr int chromaWidth(Scheme s, int width) { return s == Scheme::S411 ? width / 4 : width / 2; }
 
+// The names of layouts and rules in the vector kernels' tables.
+constexpr simdrepack::Chroma chromaForm(Form f) { return f == Form::P2 ? simdrepack::kChromaPairs : simdrepack::kChromaPlanes; }
+constexpr simdrepack::PairOrder pairOrder(Form f)
+{
+    return f == Form::C2CbYCr ? simdrepack::kCbYCrPairs : f == Form::C2YCrCb ? simdrepack::kYCrCbPairs : simdrepack::kYCbCrPairs;
+}
+template <Rule R>
+constexpr simdrepack::Columns columnsOf(bool oddRow)
+{
+    if constexpr (R == Rule::OddColumnsDropped) return simdrepack::kEvenColumns;
+    else if constexpr (R == Rule::ColumnsStacked) return oddRow ? simdrepack::kOddColumns : simdrepack::kEvenColumns;
+    else if constexpr (R == Rule::ColumnsDoubled) return simdrepack::kDoubledColumns;
+    else if constexpr (R == Rule::RowsUnstacked) return simdrepack::kUnstackedRows;
+    else return simdrepack::kSameColumns;
+}
+
 template <Rule R, int SrcPitch, int DstPitch>
-void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples);
+void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples, int first);
 template <Rule R>
 constexpr int firstSourceRow(int j);
 
 // Luma W x H copied unchanged, then every destination chroma sample of the
-// destination scheme taken from the source by the rule.
+// destination scheme taken from the source by the rule.  Where the processor
+// has vector kernels (chosen once a call), each row goes to its kernel first
+// and the scalar loops below finish it from where the kernel stopped; rows of
+// planes whose samples keep their columns are block copies either way.
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
 {
+    // (Pixel pairs to pixel pairs have no kernel of their own: the loop below vectorises as it stands.)
+    const simdrepack::Kernels* simd = isPixelOrder(SF) && isPixelOrder(DF) ? nullptr : simdrepack::chooseKernels();
     const PlaneRows<const Kel8u> from(src.planes, src.steps);
     const PlaneRows<Kel8u> to(dst.planes, dst.steps);
     if constexpr (isPixelOrder(DF)) {
@@ -300,6 +344,9 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         // row, and a pair's four bytes are written together.
         static_assert(R == Rule::Same || R == Rule::ColumnsDoubled);
         constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
+        simdrepack::PlanesToPairsKernel kernel = nullptr;
+        if constexpr (!isPixelOrder(SF))
+            if (simd) kernel = simd->planesToPairs[chromaForm(SF)][R == Rule::ColumnsDoubled][pairOrder(DF)];
         forEachRow(height, [&](int y) {
             const Kel8u* sy = from.row(0, y);
             const Kel8u* scb = from.row(1, y);
@@ -307,7 +354,10 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             Kel8u* dy = to.row(0, y);
             Kel8u* dcb = to.row(1, y);
             Kel8u* dcr = to.row(2, y);
-            for (int k = 0; k < width / 2; ++k) {
+            int firstPair = 0;  // stays a constant where there is no kernel, so the loop below vectorises as it stands
+            if constexpr (!isPixelOrder(SF))
+                if (kernel) firstPair = kernel(sy, scb, scr, to.row(firstComponent(DF), y), width) / 2;
+            for (int k = firstPair; k < width / 2; ++k) {
                 const int source = R == Rule::ColumnsDoubled ? k / 2 : k;
                 dy[4 * k] = sy[2 * k * sl];
                 dy[4 * k + 2] = sy[(2 * k + 1) * sl];
@@ -317,48 +367,94 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         });
         return;
     }
-    const auto lumaRow = [&](int y) {
+    const auto lumaRow = [&](int y, int first) {
         const Kel8u* s = from.row(0, y);
         Kel8u* d = to.row(0, y);
         if constexpr (lumaPitch(SF) == 1 && lumaPitch(DF) == 1) {
             std::memcpy(d, s, static_cast<std::size_t>(width));
         } else {
-            for (int x = 0; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
+            for (int x = first; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
         }
     };
     const int samples = chromaWidth(DS, width);
-    const auto chromaRows = [&](int j) {
+    const auto chromaRows = [&](int j, int first) {
         for (int c = 1; c < 3; ++c) {
-            const int first = firstSourceRow<R>(j);
-            const Kel8u* srcRows[2] = {from.row(c, first), nullptr};
-            if constexpr (R == Rule::RowsUnstacked) srcRows[1] = from.row(c, first + 1);
-            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, to.row(c, j), samples);
+            const int top = firstSourceRow<R>(j);
+            const Kel8u* srcRows[2] = {from.row(c, top), nullptr};
+            if constexpr (R == Rule::RowsUnstacked) srcRows[1] = from.row(c, top + 1);
+            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, to.row(c, j), samples, first);
         }
+    };
+    if constexpr (isPixelOrder(SF)) {
+        // A row of pixel pairs gives its luma and, where the destination has
+        // a chroma row for it, that row; in 4:2:0 only the even rows do.
+        constexpr int pixelsPerSample = DS == Scheme::S411 ? 4 : 2;
+        constexpr simdrepack::PairChroma withChroma =
+            R == Rule::OddColumnsDropped ? (DF == Form::P2 ? simdrepack::kEvenPairChromaToPairs : simdrepack::kEvenPairChromaToPlanes)
+                                         : simdrepack::kPairChromaToPlanes;
+        simdrepack::PairsToPlanesKernel lumaAndChroma = nullptr, lumaOnly = nullptr;
+        if (simd) {
+            lumaAndChroma = simd->pairsToPlanes[pairOrder(SF)][withChroma];
+            lumaOnly = simd->pairsToPlanes[pairOrder(SF)][simdrepack::kLumaOnly];
+        }
+        forEachRow(height, [&](int y) {
+            const bool hasChroma = DS != Scheme::S420 || (y & 1) == 0;
+            const int j = DS == Scheme::S420 ? y / 2 : y;
+            const auto kernel = hasChroma ? lumaAndChroma : lumaOnly;
+            const int done = kernel ? kernel(from.row(firstComponent(SF), y), to.row(0, y), to.row(1, j), to.row(2, j), width) : 0;
+            lumaRow(y, done);
+            if (hasChroma) chromaRows(j, done / pixelsPerSample);
+        });
+        return;
+    }
+    // Plane chroma rows: both components in one vector kernel, except rows
+    // that keep their columns from plane to plane, which are block copies.
+    constexpr bool blockCopies = columnsOf<R>(false) == simdrepack::kSameColumns && chromaForm(SF) == simdrepack::kChromaPlanes &&
+                                 chromaForm(DF) == simdrepack::kChromaPlanes;
+    simdrepack::ChromaRowKernel kernels[2] = {nullptr, nullptr};  // even and odd destination rows
+    if (simd && !blockCopies) {
+        kernels[0] = simd->chromaRow[chromaForm(SF)][chromaForm(DF)][columnsOf<R>(false)];
+        kernels[1] = simd->chromaRow[chromaForm(SF)][chromaForm(DF)][columnsOf<R>(true)];
+    }
+    const auto vectorChromaRows = [&](int j) {
+        const auto kernel = kernels[j & 1];
+        if (!kernel) return 0;
+        const int top = firstSourceRow<R>(j);
+        ChromaRowSource rows{from.row(1, top), from.row(2, top), nullptr, nullptr};
+        if constexpr (R == Rule::RowsUnstacked) {
+            rows.nextCb = from.row(1, top + 1);
+            rows.nextCr = from.row(2, top + 1);
+        }
+        return kernel(rows, to.row(1, j), to.row(2, j), samples);
     };
     // Each destination chroma row goes right after the luma rows it belongs
     // to, while they are still in cache; the effective height always holds
     // whole chroma rows.
     if constexpr (DS == Scheme::S420) {
         forEachRowPair(height, [&](int top, int bottom, int j) {
-            lumaRow(top);
-            lumaRow(bottom);
-            chromaRows(j);
+            lumaRow(top, 0);
+            lumaRow(bottom, 0);
+            chromaRows(j, vectorChromaRows(j));
         });
     } else {
         forEachRow(height, [&](int y) {
-            lumaRow(y);
-            chromaRows(y);
+            lumaRow(y, 0);
+            chromaRows(y, vectorChromaRows(y));
         });
     }
 }
 
-// Destination chroma row j of one component, from the one or two source rows
-// the rule names.
+// Destination chroma row j of one component from sample `first` on, from the
+// one or two source rows the rule names.
 template <Rule R, int SrcPitch, int DstPitch>
-void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples)
+void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples, int first)
 {
     const Kel8u* s = srcRows[0];
-    for (int k = 0; k < samples; ++k) {
+    if constexpr (columnsOf<R>(false) == simdrepack::kSameColumns && SrcPitch == 1 && DstPitch == 1) {
+        std::memcpy(d + first, s + first, static_cast<std::size_t>(samples - first));
+        return;
+    }
+    for (int k = first; k < samples; ++k) {
         int from;
         if constexpr (R == Rule::OddColumnsDropped) from = 2 * k;
         else if constexpr (R == Rule::ColumnsDoubled) from = k / 2;

@@ -1,0 +1,392 @@
+// Repacking rows on whole vectors: luma and chroma bytes moved, dropped, doubled or averaged, compiled
+// once for every SIMD target (foreach_target.h includes this file once a target).
+#include "yuvmssimd.h"
+
+#include <cstddef>
+#include <cstdint>
+
+#include "simd.h"
+
+#if KELCC_SIMD
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "yuvmssimd.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+#include <hwy/highway.h>
+
+#include "simdops-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace kel {
+namespace simdrepack {
+namespace HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+using DU8 = hn::ScalableTag<std::uint8_t>;
+using VU8 = hn::Vec<DU8>;
+
+// Every kernel here only moves bytes (loads, shuffles, stores) except the
+// averages of the resampling rows, which are written out where they are.
+// A kernel writes exactly the bytes the scalar kernel writes over the range
+// it returns, and reads only bytes the scalar kernel reads.
+
+// Whole steps from the start of a row; then, where the row holds a step but
+// not a whole number of them, one more step ending at the row's end.  That
+// step overlaps the one before and writes the same bytes again (the source
+// and destination rows are apart), so the scalar kernel is left at most
+// align - 1 units.  `align` keeps the last step's start a multiple of what
+// the step's own indexing needs (a pixel pair, a doubled sample).
+template <class Step>
+HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
+{
+    int at = 0;
+    for (; at + step <= count; at += step) body(at);
+    if (at < count && count >= step) {
+        const int last = (count - step) / align * align;
+        body(last);
+        at = last + step;
+    }
+    return at;
+}
+
+// ---- chroma rows between planes and planes of pairs ------------------------------------------------
+
+// n consecutive samples of each component from source sample i.
+template <Chroma C>
+HWY_INLINE void loadChroma(DU8 d, const Kel8u* cb, const Kel8u* cr, int i, VU8& vcb, VU8& vcr)
+{
+    if constexpr (C == kChromaPlanes) {
+        vcb = hn::LoadU(d, cb + i);
+        vcr = hn::LoadU(d, cr + i);
+    } else {
+        (void)cr;
+        hn::LoadInterleaved2(d, cb + 2 * i, vcb, vcr);
+    }
+}
+
+// n destination samples of each component from destination sample k.
+template <Chroma C>
+HWY_INLINE void storeChroma(DU8 d, Kel8u* cb, Kel8u* cr, int k, VU8 vcb, VU8 vcr)
+{
+    if constexpr (C == kChromaPlanes) {
+        hn::StoreU(vcb, d, cb + k);
+        hn::StoreU(vcr, d, cr + k);
+    } else {
+        (void)cr;
+        hn::StoreInterleaved2(vcb, vcr, d, cb + 2 * k);
+    }
+}
+
+// 2n destination samples from destination sample k, taken alternately from
+// the first and the second pair of vectors: D[k + 2m] = first[m],
+// D[k + 2m + 1] = second[m].
+template <Chroma C>
+HWY_INLINE void storeAlternating(DU8 d, Kel8u* cb, Kel8u* cr, int k, VU8 firstCb, VU8 firstCr, VU8 secondCb,
+                                 VU8 secondCr)
+{
+    if constexpr (C == kChromaPlanes) {
+        hn::StoreInterleaved2(firstCb, secondCb, d, cb + k);
+        hn::StoreInterleaved2(firstCr, secondCr, d, cr + k);
+    } else {
+        (void)cr;
+        hn::StoreInterleaved4(firstCb, firstCr, secondCb, secondCr, d, cb + 2 * k);
+    }
+}
+
+// One destination chroma row of both components by the column rule, n or
+// 2n destination samples a step.  Sources are read no further than the
+// scalar rule reads: S[2k + 1] for the last sample of an even or odd step,
+// S[k / 2] for a doubling or unstacking step.
+template <Chroma S, Chroma D, Columns R>
+int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    if constexpr (R == kSameColumns) {
+        return wholeSteps(samples, n, 1, [&](int k) {
+            VU8 vcb, vcr;
+            loadChroma<S>(d, src.cb, src.cr, k, vcb, vcr);
+            storeChroma<D>(d, cb, cr, k, vcb, vcr);
+        });
+    } else if constexpr (R == kEvenColumns || R == kOddColumns) {
+        return wholeSteps(samples, n, 1, [&](int k) {
+            VU8 cbLow, crLow, cbHigh, crHigh;
+            loadChroma<S>(d, src.cb, src.cr, 2 * k, cbLow, crLow);
+            loadChroma<S>(d, src.cb, src.cr, 2 * k + n, cbHigh, crHigh);
+            if constexpr (R == kEvenColumns) {
+                storeChroma<D>(d, cb, cr, k, hn::ConcatEven(d, cbHigh, cbLow), hn::ConcatEven(d, crHigh, crLow));
+            } else {
+                storeChroma<D>(d, cb, cr, k, hn::ConcatOdd(d, cbHigh, cbLow), hn::ConcatOdd(d, crHigh, crLow));
+            }
+        });
+    } else if constexpr (R == kDoubledColumns) {
+        return wholeSteps(samples, 2 * n, 2, [&](int k) {
+            VU8 vcb, vcr;
+            loadChroma<S>(d, src.cb, src.cr, k / 2, vcb, vcr);
+            storeAlternating<D>(d, cb, cr, k, vcb, vcr, vcb, vcr);
+        });
+    } else {
+        static_assert(R == kUnstackedRows);
+        return wholeSteps(samples, 2 * n, 2, [&](int k) {
+            VU8 firstCb, firstCr, secondCb, secondCr;
+            loadChroma<S>(d, src.cb, src.cr, k / 2, firstCb, firstCr);
+            loadChroma<S>(d, src.nextCb, src.nextCr, k / 2, secondCb, secondCr);
+            storeAlternating<D>(d, cb, cr, k, firstCb, firstCr, secondCb, secondCr);
+        });
+    }
+}
+
+// ---- pixel pairs ----------------------------------------------------------------------------------------
+
+// Where Y0, Cb, Y1 and Cr sit in a pair's four bytes.
+struct PairBytes {
+    int y0, cb, y1, cr;
+};
+template <PairOrder O>
+constexpr PairBytes kPairBytes = O == kYCbCrPairs   ? PairBytes{0, 1, 2, 3}
+                                 : O == kCbYCrPairs ? PairBytes{1, 0, 3, 2}
+                                                    : PairBytes{0, 3, 2, 1};
+
+// A row of pixel pairs to a luma row and (as PC says) a chroma row: 2n
+// pixels a step (n pairs through LoadInterleaved4), 4n where every other
+// pair's chroma is kept, n for luma alone (the even or odd bytes).
+template <PairOrder O, PairChroma PC>
+int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+{
+    constexpr PairBytes B = kPairBytes<O>;
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    if constexpr (PC == kLumaOnly) {
+        (void)cb;
+        (void)cr;
+        return wholeSteps(width, n, 4, [&](int x) {
+            const VU8 low = hn::LoadU(d, pairs + 2 * x), high = hn::LoadU(d, pairs + 2 * x + n);
+            hn::StoreU(B.y0 == 0 ? hn::ConcatEven(d, high, low) : hn::ConcatOdd(d, high, low), d, y + x);
+        });
+    } else if constexpr (PC == kPairChromaToPlanes) {
+        return wholeSteps(width, 2 * n, 4, [&](int x) {
+            VU8 v[4];
+            hn::LoadInterleaved4(d, pairs + 2 * x, v[0], v[1], v[2], v[3]);
+            hn::StoreInterleaved2(v[B.y0], v[B.y1], d, y + x);
+            hn::StoreU(v[B.cb], d, cb + x / 2);
+            hn::StoreU(v[B.cr], d, cr + x / 2);
+        });
+    } else {
+        return wholeSteps(width, 4 * n, 4, [&](int x) {
+            VU8 low[4], high[4];
+            hn::LoadInterleaved4(d, pairs + 2 * x, low[0], low[1], low[2], low[3]);
+            hn::LoadInterleaved4(d, pairs + 2 * x + 4 * n, high[0], high[1], high[2], high[3]);
+            hn::StoreInterleaved2(low[B.y0], low[B.y1], d, y + x);
+            hn::StoreInterleaved2(high[B.y0], high[B.y1], d, y + x + 2 * n);
+            const VU8 evenCb = hn::ConcatEven(d, high[B.cb], low[B.cb]);
+            const VU8 evenCr = hn::ConcatEven(d, high[B.cr], low[B.cr]);
+            if constexpr (PC == kEvenPairChromaToPlanes) {
+                hn::StoreU(evenCb, d, cb + x / 4);
+                hn::StoreU(evenCr, d, cr + x / 4);
+            } else {
+                static_assert(PC == kEvenPairChromaToPairs);
+                (void)cr;
+                hn::StoreInterleaved2(evenCb, evenCr, d, cb + 2 * (x / 4));
+            }
+        });
+    }
+}
+
+// n chroma samples doubled in order (s0 s0 s1 s1 ...): each byte widened to
+// a 16-bit lane and times 0x0101, which puts it in both halves.
+template <class DU16>
+HWY_INLINE VU8 doubledBytes(DU16 du16, hn::Vec<DU16> samples)
+{
+    return hn::BitCast(DU8(), hn::Mul(samples, hn::Set(du16, 0x0101)));
+}
+
+// A luma row and a chroma row to a row of pixel pairs, 2n pixels (n pairs)
+// a step; a doubled chroma row gives n / 2 samples a step.
+template <Chroma C, bool Doubled, PairOrder O>
+int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width)
+{
+    constexpr PairBytes B = kPairBytes<O>;
+    const DU8 d;
+    const hn::Repartition<std::uint16_t, DU8> du16;
+    const hn::Rebind<std::uint8_t, decltype(du16)> du8Half;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(width, 2 * n, 4, [&](int x) {
+        VU8 v[4];
+        hn::LoadInterleaved2(d, y + x, v[B.y0], v[B.y1]);
+        if constexpr (!Doubled) {
+            loadChroma<C>(d, cb, cr, x / 2, v[B.cb], v[B.cr]);
+        } else if constexpr (C == kChromaPlanes) {
+            v[B.cb] = doubledBytes(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, cb + x / 4)));
+            v[B.cr] = doubledBytes(du16, hn::PromoteTo(du16, hn::LoadU(du8Half, cr + x / 4)));
+        } else {
+            (void)cr;
+            const auto cells = hn::BitCast(du16, hn::LoadU(d, cb + 2 * (x / 4)));  // Cb low, Cr high
+            v[B.cb] = doubledBytes(du16, hn::And(cells, hn::Set(du16, 0xFF)));
+            v[B.cr] = doubledBytes(du16, hn::ShiftRight<8>(cells));
+        }
+        hn::StoreInterleaved4(v[0], v[1], v[2], v[3], d, pairs + 2 * x);
+    });
+}
+
+// ---- resampling rows of one chroma plane -----------------------------------------------------------
+
+// (a + b) >> 1 in bytes: the rounding mean (a + b + 1) >> 1, less one where
+// a + b is odd.
+HWY_INLINE VU8 floorMean(DU8 d, VU8 a, VU8 b)
+{
+    return hn::Sub(hn::AverageRound(a, b), hn::And(hn::Xor(a, b), hn::Set(d, 1)));
+}
+
+HWY_INLINE VU8 evenSamples(DU8 d, const Kel8u* s, int n)
+{
+    return hn::ConcatEven(d, hn::LoadU(d, s + n), hn::LoadU(d, s));
+}
+
+// even[k] = S[2k], odd[k] = (S[2k] + Below[2k]) >> 1, n samples a step.
+int oddRowsAveraged(const Kel8u* s, const Kel8u* below, Kel8u* even, Kel8u* odd, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples, n, 1, [&](int k) {
+        const VU8 top = evenSamples(d, s + 2 * k, n);
+        hn::StoreU(top, d, even + k);
+        hn::StoreU(floorMean(d, top, evenSamples(d, below + 2 * k, n)), d, odd + k);
+    });
+}
+
+// D[2k] = S[k], D[2k + 1] = (S[k] + S[k + 1]) >> 1: n source samples a step
+// while S[k + n] is still in the row (count samples - 1); the last sample, which is its own
+// right neighbour, is left to the scalar kernel.
+int oddColumnsAveraged(const Kel8u* s, Kel8u* dst, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples - 1, n, 1, [&](int k) {
+        const VU8 a = hn::LoadU(d, s + k), b = hn::LoadU(d, s + k + 1);
+        hn::StoreInterleaved2(a, floorMean(d, a, b), d, dst + 2 * k);
+    });
+}
+
+// D[k] = S[2k], n samples a step.
+int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples, n, 1, [&](int k) { hn::StoreU(evenSamples(d, s + 2 * k, n), d, dst + k); });
+}
+
+// The inner 2 x 2 cells of a row that has a row below: with a = S[k],
+// b = S[k + 1], c = Below[k], e = Below[k + 1],
+//   top    a, (a + b + h) >> 1
+//   bottom (a + c + h) >> 1, (a + b + c + e + 2h) >> 2,
+// h = 1 where the means round half up (Cb), 0 where they truncate (Cr).  The
+// two-sample means are AverageRound or floorMean; the four-sample sum, at
+// most 1022, is taken in 16-bit lanes (zipped within blocks, packed back in
+// order by packBytes; the result fits a byte, so the pack's saturation never
+// acts).  Cells with k + 1 = samples are left to the scalar kernel.
+template <bool RoundHalfUp>
+int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int samples)
+{
+    const DU8 d;
+    const hn::Repartition<std::uint16_t, DU8> du16;
+    const hn::Repartition<std::int16_t, DU8> di16;
+    const int n = static_cast<int>(hn::Lanes(d));
+    const auto zero = hn::Zero(d);
+    const auto quarterHalf = hn::Set(du16, RoundHalfUp ? 2 : 0);
+    const auto mean = [&](VU8 a, VU8 b) { return RoundHalfUp ? hn::AverageRound(a, b) : floorMean(d, a, b); };
+    return wholeSteps(samples - 1, n, 1, [&](int k) {
+        const VU8 a = hn::LoadU(d, s + k), b = hn::LoadU(d, s + k + 1);
+        const VU8 c = hn::LoadU(d, below + k), e = hn::LoadU(d, below + k + 1);
+        const auto sum = [&](const auto zip) {
+            const auto widened = [&](VU8 v) { return zip(du16, v, zero); };
+            return hn::BitCast(di16, hn::ShiftRight<2>(hn::Add(hn::Add(widened(a), widened(b)),
+                                                               hn::Add(hn::Add(widened(c), widened(e)), quarterHalf))));
+        };
+        const VU8 diagonal = kel::HWY_NAMESPACE::packBytes(d, sum([](auto dw, VU8 v, VU8 z) { return hn::ZipLower(dw, v, z); }),
+                                       sum([](auto dw, VU8 v, VU8 z) { return hn::ZipUpper(dw, v, z); }));
+        hn::StoreInterleaved2(a, mean(a, b), d, top + 2 * k);
+        hn::StoreInterleaved2(mean(a, c), diagonal, d, bottom + 2 * k);
+    });
+}
+
+// ---- this target's table ---------------------------------------------------------------------------
+
+template <Chroma S, Chroma D>
+constexpr void fillChromaRows(Kernels& k)
+{
+    k.chromaRow[S][D][kSameColumns] = chromaRow<S, D, kSameColumns>;
+    k.chromaRow[S][D][kEvenColumns] = chromaRow<S, D, kEvenColumns>;
+    k.chromaRow[S][D][kOddColumns] = chromaRow<S, D, kOddColumns>;
+    k.chromaRow[S][D][kDoubledColumns] = chromaRow<S, D, kDoubledColumns>;
+    k.chromaRow[S][D][kUnstackedRows] = chromaRow<S, D, kUnstackedRows>;
+}
+
+template <PairOrder O>
+constexpr void fillPairs(Kernels& k)
+{
+    k.pairsToPlanes[O][kPairChromaToPlanes] = pairsToPlanes<O, kPairChromaToPlanes>;
+    k.pairsToPlanes[O][kEvenPairChromaToPlanes] = pairsToPlanes<O, kEvenPairChromaToPlanes>;
+    k.pairsToPlanes[O][kEvenPairChromaToPairs] = pairsToPlanes<O, kEvenPairChromaToPairs>;
+    k.pairsToPlanes[O][kLumaOnly] = pairsToPlanes<O, kLumaOnly>;
+    k.planesToPairs[kChromaPlanes][0][O] = planesToPairs<kChromaPlanes, false, O>;
+    k.planesToPairs[kChromaPlanes][1][O] = planesToPairs<kChromaPlanes, true, O>;
+    k.planesToPairs[kChromaPairs][0][O] = planesToPairs<kChromaPairs, false, O>;
+    k.planesToPairs[kChromaPairs][1][O] = planesToPairs<kChromaPairs, true, O>;
+}
+
+constexpr Kernels makeKernels()
+{
+    Kernels k{};
+    fillChromaRows<kChromaPlanes, kChromaPlanes>(k);
+    fillChromaRows<kChromaPlanes, kChromaPairs>(k);
+    fillChromaRows<kChromaPairs, kChromaPlanes>(k);
+    fillChromaRows<kChromaPairs, kChromaPairs>(k);
+    fillPairs<kYCbCrPairs>(k);
+    fillPairs<kCbYCrPairs>(k);
+    fillPairs<kYCrCbPairs>(k);
+    k.oddRowsAveraged = oddRowsAveraged;
+    k.oddColumnsAveraged = oddColumnsAveraged;
+    k.evenColumns = evenColumns;
+    k.cellsRounded = cells<true>;
+    k.cellsTruncated = cells<false>;
+    return k;
+}
+
+constexpr Kernels kKernels = makeKernels();
+
+const Kernels* kernelsOfTarget()
+{
+    return &kKernels;
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace simdrepack
+} // namespace kel
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace kel::simdrepack {
+
+HWY_EXPORT(kernelsOfTarget);
+
+const Kernels* chooseKernels()
+{
+    detectSimdTargets();
+    return HWY_DYNAMIC_DISPATCH(kernelsOfTarget)();
+}
+
+} // namespace kel::simdrepack
+#endif // HWY_ONCE
+
+#else // a build without SIMD: the scalar kernels alone
+
+namespace kel::simdrepack {
+
+const Kernels* chooseKernels()
+{
+    return nullptr;
+}
+
+} // namespace kel::simdrepack
+
+#endif // KELCC_SIMD
