@@ -147,46 +147,67 @@ constexpr PairBytes kPairBytes = O == kYCbCrPairs   ? PairBytes{0, 1, 2, 3}
                                  : O == kCbYCrPairs ? PairBytes{1, 0, 3, 2}
                                                     : PairBytes{0, 3, 2, 1};
 
-// A row of pixel pairs to a luma row and (as PC says) a chroma row: 2n
-// pixels a step (n pairs through LoadInterleaved4), 4n where every other
-// pair's chroma is kept, n for luma alone (the even or odd bytes).
+// The bytes of a pixel pair at even and at odd positions, n from each of
+// two vectors: ConcatEven(high, low) and ConcatOdd(high, low).
+template <bool Odd>
+HWY_INLINE VU8 everyOtherByte(DU8 d, VU8 high, VU8 low)
+{
+    return Odd ? hn::ConcatOdd(d, high, low) : hn::ConcatEven(d, high, low);
+}
+
+// A row of pixel pairs to a luma row and (as PC says) a chroma row.  Luma is
+// every other byte of the pairs, and the chroma bytes the others, first and
+// second component alternating; splitting those once more gives the two
+// components.  n pixels a step for luma alone, 2n with every pair's chroma,
+// 4n where every other pair's chroma is kept (as 16-bit lanes, the even ones).
 template <PairOrder O, PairChroma PC>
 int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
 {
     constexpr PairBytes B = kPairBytes<O>;
+    constexpr bool lumaOdd = B.y0 == 1, cbFirst = B.cb < B.cr;
     const DU8 d;
+    const hn::Repartition<std::uint16_t, DU8> d16;
     const int n = static_cast<int>(hn::Lanes(d));
+    const auto load = [&](int x, int k) { return hn::LoadU(d, pairs + 2 * x + k * n); };
+    const auto storeComponents = [&](VU8 low, VU8 high, int at) {
+        const VU8 first = hn::ConcatEven(d, high, low), second = hn::ConcatOdd(d, high, low);
+        hn::StoreU(cbFirst ? first : second, d, cb + at);
+        hn::StoreU(cbFirst ? second : first, d, cr + at);
+    };
     if constexpr (PC == kLumaOnly) {
         (void)cb;
         (void)cr;
-        return wholeSteps(width, n, 4, [&](int x) {
-            const VU8 low = hn::LoadU(d, pairs + 2 * x), high = hn::LoadU(d, pairs + 2 * x + n);
-            hn::StoreU(B.y0 == 0 ? hn::ConcatEven(d, high, low) : hn::ConcatOdd(d, high, low), d, y + x);
-        });
+        return wholeSteps(width, n, 4, [&](int x) { hn::StoreU(everyOtherByte<lumaOdd>(d, load(x, 1), load(x, 0)), d, y + x); });
     } else if constexpr (PC == kPairChromaToPlanes) {
         return wholeSteps(width, 2 * n, 4, [&](int x) {
-            VU8 v[4];
-            hn::LoadInterleaved4(d, pairs + 2 * x, v[0], v[1], v[2], v[3]);
-            hn::StoreInterleaved2(v[B.y0], v[B.y1], d, y + x);
-            hn::StoreU(v[B.cb], d, cb + x / 2);
-            hn::StoreU(v[B.cr], d, cr + x / 2);
+            const VU8 v0 = load(x, 0), v1 = load(x, 1), v2 = load(x, 2), v3 = load(x, 3);
+            hn::StoreU(everyOtherByte<lumaOdd>(d, v1, v0), d, y + x);
+            hn::StoreU(everyOtherByte<lumaOdd>(d, v3, v2), d, y + x + n);
+            storeComponents(everyOtherByte<!lumaOdd>(d, v1, v0), everyOtherByte<!lumaOdd>(d, v3, v2), x / 2);
         });
     } else {
         return wholeSteps(width, 4 * n, 4, [&](int x) {
-            VU8 low[4], high[4];
-            hn::LoadInterleaved4(d, pairs + 2 * x, low[0], low[1], low[2], low[3]);
-            hn::LoadInterleaved4(d, pairs + 2 * x + 4 * n, high[0], high[1], high[2], high[3]);
-            hn::StoreInterleaved2(low[B.y0], low[B.y1], d, y + x);
-            hn::StoreInterleaved2(high[B.y0], high[B.y1], d, y + x + 2 * n);
-            const VU8 evenCb = hn::ConcatEven(d, high[B.cb], low[B.cb]);
-            const VU8 evenCr = hn::ConcatEven(d, high[B.cr], low[B.cr]);
+            VU8 kept[2];
+            for (int half = 0; half < 2; ++half) {
+                const VU8 v0 = load(x, 4 * half), v1 = load(x, 4 * half + 1), v2 = load(x, 4 * half + 2),
+                          v3 = load(x, 4 * half + 3);
+                hn::StoreU(everyOtherByte<lumaOdd>(d, v1, v0), d, y + x + 2 * n * half);
+                hn::StoreU(everyOtherByte<lumaOdd>(d, v3, v2), d, y + x + 2 * n * half + n);
+                const auto chromaLow = hn::BitCast(d16, everyOtherByte<!lumaOdd>(d, v1, v0));
+                const auto chromaHigh = hn::BitCast(d16, everyOtherByte<!lumaOdd>(d, v3, v2));
+                kept[half] = hn::BitCast(d, hn::ConcatEven(d16, chromaHigh, chromaLow));
+            }
             if constexpr (PC == kEvenPairChromaToPlanes) {
-                hn::StoreU(evenCb, d, cb + x / 4);
-                hn::StoreU(evenCr, d, cr + x / 4);
+                storeComponents(kept[0], kept[1], x / 4);
             } else {
+                // Cb, Cr pairs: as they stand, or with the two bytes of each swapped.
                 static_assert(PC == kEvenPairChromaToPairs);
                 (void)cr;
-                hn::StoreInterleaved2(evenCb, evenCr, d, cb + 2 * (x / 4));
+                for (int half = 0; half < 2; ++half) {
+                    const auto lanes = hn::BitCast(d16, kept[half]);
+                    const VU8 pair = cbFirst ? kept[half] : hn::BitCast(d, hn::Or(hn::ShiftLeft<8>(lanes), hn::ShiftRight<8>(lanes)));
+                    hn::StoreU(pair, d, cb + 2 * (x / 4) + n * half);
+                }
             }
         });
     }
