@@ -24,6 +24,24 @@ TEST(SmallOps, CopyAndSetTouchOnlyTheRegion)
     EXPECT_TRUE(dst.intact());
 }
 
+// An overlapping copy gives the bytes of a forward byte loop over each row,
+// whether the rows are compact (one block) or apart.
+TEST(SmallOps, OverlappingCopyGoesForwardRowByRow)
+{
+    for (int step : {5, 7}) {
+        for (int shift : {-3, -1, 1, 3}) {
+            std::vector<std::uint8_t> bytes(64), expected;
+            for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<std::uint8_t>(i * 37 + 11);
+            expected = bytes;
+            const int from = 20, to = from + shift;
+            for (int y = 0; y < 4; ++y)
+                for (int x = 0; x < 5; ++x) expected[to + y * step + x] = expected[from + y * step + x];
+            ASSERT_EQ(kelOk, keliCopy_8u_C1R(bytes.data() + from, step, bytes.data() + to, step, {5, 4}));
+            EXPECT_EQ(expected, bytes) << "step " << step << ", shift " << shift;
+        }
+    }
+}
+
 TEST(SmallOps, ArgumentTestsPointersThenSize)
 {
     Image image = planes(4, 2, 1);
