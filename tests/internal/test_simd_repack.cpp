@@ -281,18 +281,10 @@ void expected(const Member& m, Side& s, Side& d, int width, int height)
             }
 }
 
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 255, 256, 257, 511, 512, 513, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
 void checkMember(const Member& m, const std::string& target)
 {
     std::mt19937 gen(7);
-    for (int width : testWidths())
+    for (int width : kt::simdTestWidths({255, 256, 257, 511, 512, 513}))
         for (int height = 1; height <= (width > 200 ? 5 : 9); ++height) {
             const int lead = (width + height) % 7;  // rows start off any alignment
             Side src(m.srcForm, m.srcScheme, width, height, lead, gen);

@@ -17,29 +17,6 @@ namespace {
 using kel::RowForward422;
 using kel::RowPairForward420;
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One plane in a buffer of its own: `lead` guard bytes, rows `step` apart
-// (step may exceed the row), 67 guard bytes after; every byte random at first.
-struct Plane {
-    Plane(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 // ---- 4:2:0 ----------------------------------------------------------------------------------------
 
 using Call420 = KelResult (*)(const Kel8u*, int, Kel8u* const*, const int*, KelImageSize);
@@ -104,14 +81,14 @@ TEST(SimdRGBToYCbCr, RowPair420MatchesScalarKernelAtEveryWidth)
 {
     for (const Member420& m : kMembers420) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    const Plane src(2, m.pitch * width + 1, lead, gen);
-                    Plane fastLuma(2, width + 3, 3 - lead, gen), fastCb(1, width / 2, lead + 1, gen),
+                    const kt::RandomRows src(2, m.pitch * width + 1, lead, gen);
+                    kt::RandomRows fastLuma(2, width + 3, 3 - lead, gen), fastCb(1, width / 2, lead + 1, gen),
                         fastCr(1, width / 2, 2, gen);
-                    Plane scalarLuma = fastLuma, scalarCb = fastCb, scalarCr = fastCr;
-                    Plane source = src;
+                    kt::RandomRows scalarLuma = fastLuma, scalarCb = fastCb, scalarCr = fastCr;
+                    kt::RandomRows source = src;
                     m.choose()(source.row(0), source.row(1), fastLuma.row(0), fastLuma.row(1), fastCb.row(0),
                                fastCr.row(0), width);
                     m.scalar(source.row(0), source.row(1), scalarLuma.row(0), scalarLuma.row(1), scalarCb.row(0),
@@ -133,18 +110,18 @@ TEST(SimdRGBToYCbCr, Public420MatchesScalarKernelAtEverySize)
 {
     for (const Member420& m : kMembers420) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, m.pitch * width + 5 + (width & 1), 1, gen);
-                    Plane luma(height, width + 3 + (width & 1), 2, gen), first(height / 2 + 1, width / 2 + 7, 3, gen),
+                    kt::RandomRows src(height, m.pitch * width + 5 + (width & 1), 1, gen);
+                    kt::RandomRows luma(height, width + 3 + (width & 1), 2, gen), first(height / 2 + 1, width / 2 + 7, 3, gen),
                         second(height / 2 + 1, width / 2 + 5, 5, gen);
-                    Plane expectLuma = luma, expectFirst = first, expectSecond = second;
+                    kt::RandomRows expectLuma = luma, expectFirst = first, expectSecond = second;
                     const bool tooSmall = width < m.minSide || height < m.minSide;
                     if (!tooSmall) {
-                        Plane& cb = m.crFirst ? expectSecond : expectFirst;
-                        Plane& cr = m.crFirst ? expectFirst : expectSecond;
+                        kt::RandomRows& cb = m.crFirst ? expectSecond : expectFirst;
+                        kt::RandomRows& cr = m.crFirst ? expectFirst : expectSecond;
                         for (int pair = 0; pair < height / 2; ++pair) {
                             m.scalar(src.row(2 * pair), src.row(2 * pair + 1), expectLuma.row(2 * pair),
                                      expectLuma.row(2 * pair + 1), cb.row(pair), cr.row(pair), width);
@@ -168,12 +145,12 @@ TEST(SimdRGBToYCbCr, Row422MatchesScalarKernelAtEveryWidth)
 {
     for (const Member422& m : kMembers422) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    const Plane src(1, 3 * width + 1, lead, gen);
-                    Plane fast(1, 2 * width + 2, 3 - lead, gen);
-                    Plane scalar = fast, source = src;
+                    const kt::RandomRows src(1, 3 * width + 1, lead, gen);
+                    kt::RandomRows fast(1, 2 * width + 2, 3 - lead, gen);
+                    kt::RandomRows scalar = fast, source = src;
                     m.choose()(source.row(0), fast.row(0), width);
                     m.scalar(source.row(0), scalar.row(0), width);
                     ASSERT_TRUE(source.bytes == src.bytes) << m.name << ": the source is read only";
@@ -189,13 +166,13 @@ TEST(SimdRGBToYCbCr, Public422MatchesScalarKernelAtEverySize)
 {
     for (const Member422& m : kMembers422) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, 3 * width + 5 + (width & 1), 3, gen);
-                    Plane dst(height, 2 * width + 3, 1, gen);
-                    Plane expected = dst;
+                    kt::RandomRows src(height, 3 * width + 5 + (width & 1), 3, gen);
+                    kt::RandomRows dst(height, 2 * width + 3, 1, gen);
+                    kt::RandomRows expected = dst;
                     for (int y = 0; y < height; ++y) m.scalar(src.row(y), expected.row(y), width);
                     ASSERT_EQ(kelOk, m.call(src.row(0), src.step, dst.row(0), dst.step, {width, height}));
                     ASSERT_TRUE(dst.bytes == expected.bytes)

@@ -15,35 +15,17 @@
 
 namespace {
 
+// The test widths and 1029 .. 1031 and 2061, which cross the gamma member's runs.
+std::vector<int> gammaRunWidths()
+{
+    return kt::simdTestWidths({1029, 1030, 1031, 2061});
+}
+
 using kel::FilterCarry;
 using kel::RowFilteredCbYCr;
 using kel::RowForward422;
 using kel::RowForwardToPlanes;
 using kel::RowPlanesForward422;
-
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails; 1029 .. 1031 and 2061 cross the gamma
-// member's runs.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1029, 1030, 1031, 1919, 1920, 2061, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One plane in a buffer of its own: `lead` guard bytes, rows `step` apart
-// (step may exceed the row), 67 guard bytes after; every byte random at first.
-struct Plane {
-    Plane(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
 
 template <typename Choose>
 void expectOneKernelPerTarget(Choose choose, const char* name)
@@ -131,12 +113,12 @@ TEST(SimdRGBToYCbCrRest, PixelOrderRowsMatchScalarKernelAtEveryWidth)
 {
     for (const MemberC2& m : kMembersC2) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    const Plane src(1, m.pitch * width + 1, lead, gen);
-                    Plane fast(1, 2 * width + 2, 3 - lead, gen);
-                    Plane scalar = fast, source = src;
+                    const kt::RandomRows src(1, m.pitch * width + 1, lead, gen);
+                    kt::RandomRows fast(1, 2 * width + 2, 3 - lead, gen);
+                    kt::RandomRows scalar = fast, source = src;
                     m.choose()(source.row(0), fast.row(0), width);
                     m.scalar(source.row(0), scalar.row(0), width);
                     ASSERT_TRUE(source.bytes == src.bytes) << m.name << ": the source is read only";
@@ -152,12 +134,12 @@ TEST(SimdRGBToYCbCrRest, PlanarSourceRowsMatchScalarKernelAtEveryWidth)
 {
     for (const MemberP3C2& m : kMembersP3C2) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    const Plane r(1, width, lead, gen), g(1, width, 3 - lead, gen), b(1, width, lead + 5, gen);
-                    Plane fast(1, 2 * width + 2, 3 - lead, gen);
-                    Plane scalar = fast, red = r, green = g, blue = b;
+                    const kt::RandomRows r(1, width, lead, gen), g(1, width, 3 - lead, gen), b(1, width, lead + 5, gen);
+                    kt::RandomRows fast(1, 2 * width + 2, 3 - lead, gen);
+                    kt::RandomRows scalar = fast, red = r, green = g, blue = b;
                     const Kel8u* const planes[3] = {red.row(0), green.row(0), blue.row(0)};
                     m.choose()(planes, fast.row(0), width);
                     m.scalar(planes, scalar.row(0), width);
@@ -175,13 +157,13 @@ TEST(SimdRGBToYCbCrRest, PlaneRowsMatchScalarKernelAtEveryWidth)
 {
     for (const MemberP3& m : kMembersP3) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    const Plane src(1, m.pitch * width + 1, lead, gen);
-                    Plane fastLuma(1, width + 3, 3 - lead, gen), fastCb(1, width / m.cell, lead + 1, gen),
+                    const kt::RandomRows src(1, m.pitch * width + 1, lead, gen);
+                    kt::RandomRows fastLuma(1, width + 3, 3 - lead, gen), fastCb(1, width / m.cell, lead + 1, gen),
                         fastCr(1, width / m.cell, 2, gen);
-                    Plane scalarLuma = fastLuma, scalarCb = fastCb, scalarCr = fastCr, source = src;
+                    kt::RandomRows scalarLuma = fastLuma, scalarCb = fastCb, scalarCr = fastCr, source = src;
                     m.choose()(source.row(0), fastLuma.row(0), fastCb.row(0), fastCr.row(0), width);
                     m.scalar(source.row(0), scalarLuma.row(0), scalarCb.row(0), scalarCr.row(0), width);
                     ASSERT_TRUE(source.bytes == src.bytes) << m.name << ": the source is read only";
@@ -199,12 +181,12 @@ TEST(SimdRGBToYCbCrRest, PlaneRowsMatchScalarKernelAtEveryWidth)
 TEST(SimdRGBToYCbCrRest, FilteredRowMatchesScalarKernelAtEveryWidthAndCarry)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : gammaRunWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                const Plane src(1, 3 * width + 1, lead, gen);
-                Plane fast(1, 2 * width + 2, 3 - lead, gen);
-                Plane scalar = fast, source = src;
+                const kt::RandomRows src(1, 3 * width + 1, lead, gen);
+                kt::RandomRows fast(1, 2 * width + 2, 3 - lead, gen);
+                kt::RandomRows scalar = fast, source = src;
                 const FilterCarry given = lead == 0 ? FilterCarry{0, 0}
                                                     : FilterCarry{static_cast<std::int32_t>(gen() % 3668000) - 1834000,
                                                                   static_cast<std::int32_t>(gen() % 3668000) - 1834000};
@@ -228,13 +210,13 @@ TEST(SimdRGBToYCbCrRest, PublicPixelOrderMatchesScalarKernelAtEverySize)
 {
     for (const MemberC2& m : kMembersC2) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, m.pitch * width + 5 + (width & 1), 3, gen);
-                    Plane dst(height, 2 * width + 3, 1, gen);
-                    Plane expected = dst;
+                    kt::RandomRows src(height, m.pitch * width + 5 + (width & 1), 3, gen);
+                    kt::RandomRows dst(height, 2 * width + 3, 1, gen);
+                    kt::RandomRows expected = dst;
                     const bool tooSmall = width < m.minWidth;
                     if (!tooSmall) {
                         for (int y = 0; y < height; ++y) m.scalar(src.row(y), expected.row(y), width);
@@ -254,14 +236,14 @@ TEST(SimdRGBToYCbCrRest, PublicPlanarSourceMatchesScalarKernelAtEverySize)
 {
     for (const MemberP3C2& m : kMembersP3C2) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                     const int srcStep = width + 3 + (width & 1);
-                    Plane r(height, srcStep, 1, gen), g(height, srcStep, 2, gen), b(height, srcStep, 3, gen);
-                    Plane dst(height, 2 * width + 3, 1, gen);
-                    Plane expected = dst;
+                    kt::RandomRows r(height, srcStep, 1, gen), g(height, srcStep, 2, gen), b(height, srcStep, 3, gen);
+                    kt::RandomRows dst(height, 2 * width + 3, 1, gen);
+                    kt::RandomRows expected = dst;
                     for (int y = 0; y < height; ++y) {
                         const Kel8u* const rows[3] = {r.row(y), g.row(y), b.row(y)};
                         m.scalar(rows, expected.row(y), width);
@@ -280,14 +262,14 @@ TEST(SimdRGBToYCbCrRest, PublicPlanesMatchScalarKernelAtEverySize)
 {
     for (const MemberP3& m : kMembersP3) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, m.pitch * width + 5 + (width & 1), 1, gen);
-                    Plane luma(height, width + 3 + (width & 1), 2, gen), cb(height, width / m.cell + 7, 3, gen),
+                    kt::RandomRows src(height, m.pitch * width + 5 + (width & 1), 1, gen);
+                    kt::RandomRows luma(height, width + 3 + (width & 1), 2, gen), cb(height, width / m.cell + 7, 3, gen),
                         cr(height, width / m.cell + 5, 5, gen);
-                    Plane expectLuma = luma, expectCb = cb, expectCr = cr;
+                    kt::RandomRows expectLuma = luma, expectCb = cb, expectCr = cr;
                     const bool tooSmall = width < m.cell;
                     if (!tooSmall) {
                         for (int y = 0; y < height; ++y) {
@@ -316,13 +298,13 @@ TEST(SimdRGBToYCbCrRest, PublicFilteredMatchesScalarKernelAtEverySize)
 {
     for (const bool gamma : {false, true}) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : gammaRunWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, 3 * width + 5 + (width & 1), 3, gen);
-                    Plane dst(height, 2 * width + 3, 1, gen);
-                    Plane expected = dst;
+                    kt::RandomRows src(height, 3 * width + 5 + (width & 1), 3, gen);
+                    kt::RandomRows dst(height, 2 * width + 3, 1, gen);
+                    kt::RandomRows expected = dst;
                     std::vector<Kel8u> coded(static_cast<std::size_t>(3) * width);
                     for (int y = 0; y < height; ++y) {
                         const Kel8u* row = src.row(y);
@@ -351,9 +333,9 @@ TEST(SimdRGBToYCbCrRest, GammaBytesMatchTheTable)
         for (int count = 0; count <= 300; ++count) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(count * 4 + lead));
-                Plane src(1, count, lead, gen), dst(1, count, 3 - lead, gen);
+                kt::RandomRows src(1, count, lead, gen), dst(1, count, 3 - lead, gen);
                 for (int i = 0; i < count; ++i) src.row(0)[i] = static_cast<Kel8u>(i * 7 + lead);
-                Plane expected = dst;
+                kt::RandomRows expected = dst;
                 for (int i = 0; i < count; ++i) expected.row(0)[i] = tableFwd8u[src.row(0)[i]];
                 kel::chooseForwardGammaBytes()(src.row(0), dst.row(0), count);
                 ASSERT_TRUE(dst.bytes == expected.bytes) << target << ", count " << count << ", lead " << lead;
@@ -368,9 +350,9 @@ TEST(SimdRGBToYCbCrRest, FilteredWalksANegativeStride)
     kt::forEachSimdTarget([&](const std::string& target) {
         constexpr int kWidth = 301, kHeight = 5;
         std::mt19937 gen(7);
-        Plane src(kHeight, 3 * kWidth + 2, 0, gen);
-        Plane dst(kHeight, 2 * kWidth + 1, 0, gen);
-        Plane expected = dst;
+        kt::RandomRows src(kHeight, 3 * kWidth + 2, 0, gen);
+        kt::RandomRows dst(kHeight, 2 * kWidth + 1, 0, gen);
+        kt::RandomRows expected = dst;
         for (int y = 0; y < kHeight; ++y) {
             FilterCarry carry{0, 0};
             innerRGBToCbYCr422_8u_C3C2R(src.row(kHeight - 1 - y), expected.row(kHeight - 1 - y), kWidth, carry);

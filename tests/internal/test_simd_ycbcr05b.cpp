@@ -20,33 +20,10 @@ void unrealYCrCbP(const Kel8u* src, Kel8u* const dst[3]);
 
 namespace {
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One buffer of rows `step` apart after `lead` guard bytes, with guard bytes
-// after the last row; every byte random at first.
-struct Buffer {
-    Buffer(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 // Three destination planes (or three source planes) of one size.
 struct ThreeBuffers {
     ThreeBuffers(int rows, int step, std::mt19937& gen)
-        : planes{Buffer(rows, step, 1, gen), Buffer(rows, step, 2, gen), Buffer(rows, step, 3, gen)}
+        : planes{kt::RandomRows(rows, step, 1, gen), kt::RandomRows(rows, step, 2, gen), kt::RandomRows(rows, step, 3, gen)}
     {
     }
     bool operator==(const ThreeBuffers& o) const
@@ -54,7 +31,7 @@ struct ThreeBuffers {
         return planes[0].bytes == o.planes[0].bytes && planes[1].bytes == o.planes[1].bytes &&
                planes[2].bytes == o.planes[2].bytes;
     }
-    Buffer planes[3];
+    kt::RandomRows planes[3];
 };
 
 template <typename Choose>
@@ -96,10 +73,10 @@ TEST(SimdYCbCr05b, PixelOrderToPlanesRowMatchesScalarKernel)
 {
     for (const ToPlanesMember& m : kToPlanes) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Buffer src(1, 2 * width + 1, lead, gen);
+                    kt::RandomRows src(1, 2 * width + 1, lead, gen);
                     ThreeBuffers fast(1, width + 1, gen);
                     ThreeBuffers scalar = fast;
                     Kel8u* const fastRows[3] = {fast.planes[0].row(0), fast.planes[1].row(0), fast.planes[2].row(0)};
@@ -118,11 +95,11 @@ TEST(SimdYCbCr05b, PixelOrderToPlanesPublicFunctionsMatchScalarKernel)
 {
     for (const ToPlanesMember& m : kToPlanes) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width < 1) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Buffer src(height, 2 * width + 3 + (width & 1), 1 + height % 3, gen);
+                    kt::RandomRows src(height, 2 * width + 3 + (width & 1), 1 + height % 3, gen);
                     const int dstStep = width + 5 + (width & 1);
                     ThreeBuffers dst(height, dstStep, gen);
                     ThreeBuffers expected = dst;
@@ -202,13 +179,13 @@ TEST(SimdYCbCr05b, PlanarRowMatchesScalarKernelAtEveryWidth)
 {
     for (const PlaneMember& m : kPlaneMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width < m.minWidth) continue;
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Buffer y(1, width + 1, lead, gen), cb(1, m.chromaWidth(width) + 1, 3 - lead, gen),
+                    kt::RandomRows y(1, width + 1, lead, gen), cb(1, m.chromaWidth(width) + 1, 3 - lead, gen),
                         cr(1, m.chromaWidth(width) + 1, (lead + 1) % 4, gen), fast(1, m.pitch * width + 1, 3 - lead, gen);
-                    Buffer scalar = fast;
+                    kt::RandomRows scalar = fast;
                     const Kel8u alpha = static_cast<Kel8u>(gen());
                     m.fast(y.row(0), cb.row(0), cr.row(0), fast.row(0), width, alpha);
                     m.reference(y.row(0), cb.row(0), cr.row(0), scalar.row(0), width, alpha);
@@ -226,16 +203,16 @@ TEST(SimdYCbCr05b, PlanarPublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const PlaneMember& m : kPlaneMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width < m.minWidth) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                     const bool oneStride = m.callOneStride || m.callOneStrideAlpha;
                     const int lumaStep = width + 3 + (width & 1);
                     const int chromaStep = oneStride ? lumaStep : m.chromaWidth(width) + 1 + height % 2;
-                    Buffer y(height, lumaStep, 1, gen), cb(height, chromaStep, 2, gen), cr(height, chromaStep, 3, gen),
+                    kt::RandomRows y(height, lumaStep, 1, gen), cb(height, chromaStep, 2, gen), cr(height, chromaStep, 3, gen),
                         dst(height, m.pitch * width + 5 + (width & 1), 2, gen);
-                    Buffer expected = dst;
+                    kt::RandomRows expected = dst;
                     const Kel8u alpha = static_cast<Kel8u>(gen());
                     for (int row = 0; row < height; ++row) {
                         m.reference(y.row(row), cb.row(row), cr.row(row), expected.row(row), width, alpha);
@@ -323,12 +300,12 @@ TEST(SimdYCbCr05b, FilteredHasOneKernelPerTarget)
 TEST(SimdYCbCr05b, FilteredRowPairMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                Buffer y(2, width + 3, lead, gen), cb(1, width / 2 + 1, 3 - lead, gen), cr(1, width / 2 + 1, 1, gen),
+                kt::RandomRows y(2, width + 3, lead, gen), cb(1, width / 2 + 1, 3 - lead, gen), cr(1, width / 2 + 1, 1, gen),
                     fast(2, 4 * width + 1, 3 - lead, gen);
-                Buffer scalar = fast;
+                kt::RandomRows scalar = fast;
                 const Kel8u alpha = static_cast<Kel8u>(gen());
                 kel::chooseYCrCb420FilterToBGRA()(y.row(0), y.row(1), cb.row(0), cr.row(0), fast.row(0), fast.row(1),
                                                   width, alpha);
@@ -345,14 +322,14 @@ TEST(SimdYCbCr05b, FilteredRowPairMatchesScalarKernelAtEveryWidth)
 TEST(SimdYCbCr05b, FilteredPublicFunctionMatchesScalarKernelAtEverySize)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width < 1) continue;
             for (int height = 1; height <= 9; ++height) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                 const int lumaStep = width + 3 + (width & 1), chromaStep = width / 2 + 2 + height % 2;
-                Buffer y(height, lumaStep, 1, gen), cr(height / 2 + 1, chromaStep, 2, gen),
+                kt::RandomRows y(height, lumaStep, 1, gen), cr(height / 2 + 1, chromaStep, 2, gen),
                     cb(height / 2 + 1, chromaStep, 3, gen), dst(height, 4 * width + 5 + (width & 1), 2, gen);
-                Buffer expected = dst;
+                kt::RandomRows expected = dst;
                 const Kel8u alpha = static_cast<Kel8u>(gen());
                 for (int pair = 0; pair < height / 2; ++pair) {
                     innerYCrCb420ToBGR_8u_P3C4R(y.row(2 * pair), y.row(2 * pair + 1), cb.row(pair), cr.row(pair),

@@ -30,16 +30,6 @@ const Member420 kMembers[] = {
     {"YCbCr420ToBGR", keliYCbCr420ToBGR_8u_P3C3R, kel::chooseYCbCr420ToBGR, innerYCbCr420ToBGR_8u_P3C3R},
 };
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
 // One plane in a buffer of its own: `lead` guard bytes, rows `step` apart
 // (step may exceed the row), `trail` guard bytes; every byte random at first.
 struct Plane {
@@ -89,7 +79,7 @@ TEST(SimdYCbCr420, RowPairMatchesScalarKernelAtEveryWidth)
 {
     for (const Member420& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
                     Plane luma(width, 2, width + 3, lead, gen), cb(width / 2, 1, width / 2 + 1, lead + 1, gen),
@@ -111,7 +101,7 @@ TEST(SimdYCbCr420, PublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const Member420& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     Image420 image(width, height, static_cast<std::uint32_t>(width * 16 + height));

@@ -67,29 +67,6 @@ const Member422 kMembers[] = {
      keliCbYCr422ToBGR_8u_C2C4R, nullptr, 1},
 };
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels,
-// odd ones with their lone last pixel), and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One buffer of rows `step` apart after `lead` guard bytes, with guard bytes
-// after the last row; every byte random at first.
-struct Buffer {
-    Buffer(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 TEST(SimdYCbCr422, EveryTargetHasItsOwnKernel)
 {
     for (const Member422& m : kMembers) {
@@ -111,11 +88,11 @@ TEST(SimdYCbCr422, RowMatchesScalarKernelAtEveryWidth)
 {
     for (const Member422& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Buffer src(1, 2 * width + 1, lead, gen), fast(1, m.pitch * width + 1, 3 - lead, gen);
-                    Buffer scalar = fast;
+                    kt::RandomRows src(1, 2 * width + 1, lead, gen), fast(1, m.pitch * width + 1, 3 - lead, gen);
+                    kt::RandomRows scalar = fast;
                     const Kel8u alpha = static_cast<Kel8u>(gen());
                     m.fast(src.row(0), fast.row(0), width, alpha);
                     if (m.pitch == 4) m.scalarAlpha(src.row(0), scalar.row(0), width, alpha);
@@ -134,13 +111,13 @@ TEST(SimdYCbCr422, PublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const Member422& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width < m.minWidth) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Buffer src(height, 2 * width + 3 + (width & 1), 1 + height % 3, gen),
+                    kt::RandomRows src(height, 2 * width + 3 + (width & 1), 1 + height % 3, gen),
                         dst(height, m.pitch * width + 5 + (width & 1), 2, gen);
-                    Buffer expected = dst;
+                    kt::RandomRows expected = dst;
                     const Kel8u alpha = static_cast<Kel8u>(gen());
                     for (int y = 0; y < height; ++y) m.reference(src.row(y), expected.row(y), width, alpha);
                     ASSERT_EQ(kelOk, m.publicCall(src.row(0), src.step, dst.row(0), dst.step, {width, height}, alpha));

@@ -50,29 +50,6 @@ const Inverse420 kInverse[] = {
     {"YUV420ToBGR_8u_P3C3R", keliYUV420ToBGR_8u_P3C3R, kel::chooseYUV420ToBGR_8u_P3C3R, innerYUV420ToBGR_8u_P3C3R, 3, true},
 };
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One plane in a buffer of its own: `lead` guard bytes, rows `step` apart
-// (step may exceed the row), trailing guard bytes; every byte random at first.
-struct Plane {
-    Plane(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 // Odd strides that exceed the rows, and rows that start off any alignment.
 int oddStep(int rowBytes, int extra)
 {
@@ -87,7 +64,7 @@ struct Source420 {
           v(height / 2 + 1, oddStep(width / 2, 7), 2, gen)
     {
     }
-    Plane luma, u, v;
+    kt::RandomRows luma, u, v;
     const Kel8u* planes[3] = {luma.row(0), u.row(0), v.row(0)};
     const int steps[3] = {luma.step, u.step, v.step};
 };
@@ -112,12 +89,12 @@ TEST(SimdYUV420, InverseRowPairMatchesScalarKernelAtEveryWidth)
 {
     for (const Inverse420& m : kInverse) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Plane luma(2, width + 3, lead, gen), u(1, width / 2 + 1, lead + 1, gen),
+                    kt::RandomRows luma(2, width + 3, lead, gen), u(1, width / 2 + 1, lead + 1, gen),
                         v(1, width / 2 + 1, 3 - lead, gen), fast(2, m.pitch * width + 1, lead, gen);
-                    Plane scalar = fast;
+                    kt::RandomRows scalar = fast;
                     m.choose()(luma.row(0), luma.row(1), u.row(0), v.row(0), fast.row(0), fast.row(1), width);
                     m.scalar(luma.row(0), luma.row(1), u.row(0), v.row(0), scalar.row(0), scalar.row(1), width);
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
@@ -139,17 +116,17 @@ struct PlaneTriple {
     {
         return red.bytes == o.red.bytes && green.bytes == o.green.bytes && blue.bytes == o.blue.bytes;
     }
-    Plane red, green, blue;
+    kt::RandomRows red, green, blue;
 };
 
 TEST(SimdYUV420, InversePlanesRowPairMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
         const RowPairYUV420Planes fastKernel = kel::chooseYUV420ToRGB_8u_P3R();
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 1));
-                Plane luma(2, width + 3, lead, gen), u(1, width / 2 + 1, lead + 1, gen), v(1, width / 2 + 1, 3 - lead, gen);
+                kt::RandomRows luma(2, width + 3, lead, gen), u(1, width / 2 + 1, lead + 1, gen), v(1, width / 2 + 1, 3 - lead, gen);
                 PlaneTriple fast(width, lead, gen);
                 PlaneTriple scalar = fast;
                 fastKernel(luma.row(0), luma.row(1), u.row(0), v.row(0), fast.row(0), fast.row(1), width);
@@ -168,13 +145,13 @@ TEST(SimdYUV420, InversePublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const Inverse420& m : kInverse) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
                     Source420 src(width, height, gen);
-                    Plane dst(height, oddStep(m.pitch * width, 9), 5, gen);
-                    Plane expected = dst;
+                    kt::RandomRows dst(height, oddStep(m.pitch * width, 9), 5, gen);
+                    kt::RandomRows expected = dst;
                     for (int pair = 0; pair < height / 2; ++pair) {
                         m.scalar(src.luma.row(2 * pair), src.luma.row(2 * pair + 1), src.u.row(pair),
                                  src.v.row(pair), expected.row(2 * pair), expected.row(2 * pair + 1), width);
@@ -192,15 +169,15 @@ TEST(SimdYUV420, InversePublicFunctionsMatchScalarKernelAtEverySize)
 TEST(SimdYUV420, InversePlanesPublicFunctionMatchesScalarKernelAtEverySize)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width == 0) continue;
             for (int height = 1; height <= 9; ++height) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height + 7));
                 Source420 src(width, height, gen);
                 // One stride for the three destination planes, as the member takes.
                 const int dstStep = oddStep(width, 3);
-                Plane red(height, dstStep, 1, gen), green(height, dstStep, 2, gen), blue(height, dstStep, 0, gen);
-                Plane redExpected = red, greenExpected = green, blueExpected = blue;
+                kt::RandomRows red(height, dstStep, 1, gen), green(height, dstStep, 2, gen), blue(height, dstStep, 0, gen);
+                kt::RandomRows redExpected = red, greenExpected = green, blueExpected = blue;
                 for (int pair = 0; pair < height / 2; ++pair) {
                     const int t = 2 * pair, b = t + 1;
                     innerYUV420ToRGB_8u_P3R(src.luma.row(t), src.luma.row(b), src.u.row(pair), src.v.row(pair),
@@ -285,17 +262,17 @@ struct YUVPair {
     {
         return luma.bytes == o.luma.bytes && u.bytes == o.u.bytes && v.bytes == o.v.bytes;
     }
-    Plane luma, u, v;
+    kt::RandomRows luma, u, v;
 };
 
 TEST(SimdYUV420, ForwardRowPairMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
         const RowPairRGBToYUV420 fastKernel = kel::chooseRGBToYUV420_8u_C3P3R();
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 2));
-                Plane rgb(2, 3 * width + 1, lead, gen);
+                kt::RandomRows rgb(2, 3 * width + 1, lead, gen);
                 YUVPair fast(width, lead, gen);
                 YUVPair scalar = fast;
                 fastKernel(rgb.row(0), rgb.row(1), fast.luma.row(0), fast.luma.row(1), fast.u.row(0), fast.v.row(0),
@@ -313,7 +290,7 @@ TEST(SimdYUV420, ForwardPlanesRowPairMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
         const RowPairRGBToYUV420Planes fastKernel = kel::chooseRGBToYUV420_8u_P3R();
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 3));
                 PlaneTriple rgb(width, lead, gen);
@@ -343,20 +320,20 @@ struct Destination420 {
     {
         return luma.bytes == o.luma.bytes && u.bytes == o.u.bytes && v.bytes == o.v.bytes;
     }
-    Plane luma, u, v;
+    kt::RandomRows luma, u, v;
 };
 
 TEST(SimdYUV420, ForwardPublicFunctionsMatchScalarKernelAtEverySize)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width == 0) continue;
             for (int height = 1; height <= 9; ++height) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height + 11));
-                Plane rgb(height, oddStep(3 * width, 7), 3, gen);
+                kt::RandomRows rgb(height, oddStep(3 * width, 7), 3, gen);
                 Destination420 dst(width, height, gen);
                 Destination420 expected = dst;
-                Plane red(height, oddStep(width, 1), 1, gen), green = red, blue = red;
+                kt::RandomRows red(height, oddStep(width, 1), 1, gen), green = red, blue = red;
                 for (auto& b : green.bytes) b = static_cast<std::uint8_t>(gen());
                 for (auto& b : blue.bytes) b = static_cast<std::uint8_t>(gen());
                 const int steps[3] = {dst.luma.step, dst.u.step, dst.v.step};

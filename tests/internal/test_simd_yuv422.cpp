@@ -39,29 +39,6 @@ const Member422 kMembers[] = {
      0},
 };
 
-// Widths: every one up to 70 (all step remainders of 16, 32 and 64 pixels),
-// and wide rows with long tails.
-std::vector<int> testWidths()
-{
-    std::vector<int> widths;
-    for (int w = 0; w <= 70; ++w) widths.push_back(w);
-    for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
-    return widths;
-}
-
-// One image in a buffer of its own: `lead` guard bytes, rows `step` apart,
-// trailing guard bytes; every byte random at first.
-struct Plane {
-    Plane(int rows, int step, int lead, std::mt19937& gen)
-        : step(step), lead(lead), bytes(static_cast<std::size_t>(lead) + static_cast<std::size_t>(step) * rows + 67)
-    {
-        for (auto& b : bytes) b = static_cast<std::uint8_t>(gen());
-    }
-    Kel8u* row(int y) { return bytes.data() + lead + static_cast<std::ptrdiff_t>(step) * y; }
-    int step, lead;
-    std::vector<std::uint8_t> bytes;
-};
-
 // Odd strides that exceed the rows.
 int oddStep(int rowBytes, int extra)
 {
@@ -89,12 +66,12 @@ TEST(SimdYUV422, RowMatchesScalarKernelAtEveryWidth)
 {
     for (const Member422& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width < m.minWidth) continue;
                 for (int lead = 0; lead < 4; ++lead) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead));
-                    Plane src(1, m.srcPitch * width + 1, lead + 4, gen), fast(1, m.dstPitch * width + 1, lead, gen);
-                    Plane scalar = fast;
+                    kt::RandomRows src(1, m.srcPitch * width + 1, lead + 4, gen), fast(1, m.dstPitch * width + 1, lead, gen);
+                    kt::RandomRows scalar = fast;
                     m.choose()(src.row(0), fast.row(0), width);
                     m.scalar(src.row(0), scalar.row(0), width);
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
@@ -111,13 +88,13 @@ TEST(SimdYUV422, PublicFunctionsMatchScalarKernelAtEverySize)
 {
     for (const Member422& m : kMembers) {
         kt::forEachSimdTarget([&](const std::string& target) {
-            for (int width : testWidths()) {
+            for (int width : kt::simdTestWidths()) {
                 if (width == 0) continue;
                 for (int height = 1; height <= 9; ++height) {
                     std::mt19937 gen(static_cast<std::uint32_t>(width * 16 + height));
-                    Plane src(height, oddStep(m.srcPitch * width, 5), 3, gen);
-                    Plane dst(height, oddStep(m.dstPitch * width, 9), 1, gen);
-                    Plane expected = dst;
+                    kt::RandomRows src(height, oddStep(m.srcPitch * width, 5), 3, gen);
+                    kt::RandomRows dst(height, oddStep(m.dstPitch * width, 9), 1, gen);
+                    kt::RandomRows expected = dst;
                     for (int y = 0; y < height; ++y) {
                         // A row of one pixel is the member's own case, the same on every target.
                         if (width >= m.minWidth) m.scalar(src.row(y), expected.row(y), width);
@@ -240,7 +217,7 @@ struct Planes422 {
     {
         return luma.bytes == o.luma.bytes && u.bytes == o.u.bytes && v.bytes == o.v.bytes;
     }
-    Plane luma, u, v;
+    kt::RandomRows luma, u, v;
     Kel8u* planes[3] = {luma.row(0), u.row(0), v.row(0)};
     int steps[3] = {luma.step, u.step, v.step};
 };
@@ -258,7 +235,7 @@ struct PlanesRGB {
     {
         return red.bytes == o.red.bytes && green.bytes == o.green.bytes && blue.bytes == o.blue.bytes;
     }
-    Plane red, green, blue;
+    kt::RandomRows red, green, blue;
     Kel8u* planes[3] = {red.row(0), green.row(0), blue.row(0)};
 };
 
@@ -283,13 +260,13 @@ TEST(SimdYUV422, EveryPlanarTargetHasItsOwnKernel)
 TEST(SimdYUV422, PlanarInverseRowMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 5));
                 Planes422 src(width, 1, false, lead, gen);
                 for (const PlanarInverse& m : kPlanarInverse) {
-                    Plane fast(1, m.pitch * width + 1, lead, gen);
-                    Plane scalar = fast;
+                    kt::RandomRows fast(1, m.pitch * width + 1, lead, gen);
+                    kt::RandomRows scalar = fast;
                     m.choose()(src.row<const Kel8u>(0), fast.row(0), width);
                     m.scalar(src.row<const Kel8u>(0), scalar.row(0), width);
                     ASSERT_TRUE(fast.bytes == scalar.bytes)
@@ -309,10 +286,10 @@ TEST(SimdYUV422, PlanarInverseRowMatchesScalarKernelAtEveryWidth)
 TEST(SimdYUV422, PlanarForwardRowMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             for (int lead = 0; lead < 4; ++lead) {
                 std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 6));
-                Plane rgb(1, 3 * width + 1, lead, gen);
+                kt::RandomRows rgb(1, 3 * width + 1, lead, gen);
                 Planes422 fast(width, 1, false, lead, gen);
                 Planes422 scalar = fast;
                 kel::chooseRGBToYUV422_8u_C3P3R()(rgb.row(0), fast.row<Kel8u>(0), width);
@@ -337,7 +314,7 @@ TEST(SimdYUV422, PlanarForwardRowMatchesScalarKernelAtEveryWidth)
 TEST(SimdYUV422, PlanarInversePublicFunctionsMatchScalarKernelAtEverySize)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width == 0) continue;
             for (int height = 1; height <= 9; ++height) {
                 for (bool packed : {false, true}) {
@@ -347,8 +324,8 @@ TEST(SimdYUV422, PlanarInversePublicFunctionsMatchScalarKernelAtEverySize)
                     const KelImageSize size{width, height};
                     for (const PlanarInverse& m : kPlanarInverse) {
                         if (packed && !m.callWithoutSteps) continue;
-                        Plane dst(height, packed ? m.pitch * width : oddStep(m.pitch * width, 9), 1, gen);
-                        Plane expected = dst;
+                        kt::RandomRows dst(height, packed ? m.pitch * width : oddStep(m.pitch * width, 9), 1, gen);
+                        kt::RandomRows expected = dst;
                         for (int y = 0; y < height; ++y) m.scalar(src.row<const Kel8u>(y), expected.row(y), width);
                         const KelResult status = packed ? m.callWithoutSteps(planes, dst.row(0), size)
                                                         : m.call(planes, src.steps, dst.row(0), dst.step, size);
@@ -376,7 +353,7 @@ TEST(SimdYUV422, PlanarInversePublicFunctionsMatchScalarKernelAtEverySize)
 TEST(SimdYUV422, PlanarForwardPublicFunctionsMatchScalarKernelAtEverySize)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
-        for (int width : testWidths()) {
+        for (int width : kt::simdTestWidths()) {
             if (width == 0) continue;
             for (int height = 1; height <= 9; ++height) {
                 for (bool packed : {false, true}) {
@@ -385,7 +362,7 @@ TEST(SimdYUV422, PlanarForwardPublicFunctionsMatchScalarKernelAtEverySize)
                     Planes422 dst(width, height, packed, (height + 1) & 3, gen);
                     Planes422 expected = dst;
 
-                    Plane rgb(height, packed ? 3 * width : oddStep(3 * width, 7), 3, gen);
+                    kt::RandomRows rgb(height, packed ? 3 * width : oddStep(3 * width, 7), 3, gen);
                     for (int y = 0; y < height; ++y)
                         innerRGBToYUV422_8u_C3P3R(rgb.row(y), expected.row<Kel8u>(y), width);
                     const KelResult status = packed ? keliRGBToYUV422_8u_C3P3(rgb.row(0), dst.planes, size)

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <random>
 #include <string>
 #include <vector>
@@ -43,12 +44,14 @@ void forEachSimdTarget(const Body& body)
 }
 
 // Widths for comparing a vector kernel with its scalar kernel: every one up to
-// 70 (all step remainders of 16, 32 and 64 pixels), and wide rows with long tails.
-inline std::vector<int> simdTestWidths()
+// 70 (all step remainders of 16, 32 and 64 pixels), wide rows with long tails,
+// and a kernel's own extra widths (around the runs it works in).
+inline std::vector<int> simdTestWidths(std::initializer_list<int> extra = {})
 {
     std::vector<int> widths;
     for (int w = 0; w <= 70; ++w) widths.push_back(w);
     for (int w : {127, 128, 129, 1919, 1920, 4097}) widths.push_back(w);
+    widths.insert(widths.end(), extra);
     return widths;
 }
 
