@@ -1,7 +1,8 @@
 // Whole-vector operations of the full-resolution luma-chroma kernels: bytes
 // widened to 16 bits, 16-bit pairs multiply-added into exact 32-bit sums, the
-// sums' upper halves brought back to 16 bits, all in one lane order; and the
-// row that loads, converts and stores three channels a step.
+// sums' upper halves brought back to 16 bits, all in one lane order; the row
+// that loads, converts and stores three channels a step; and YCbCr to RGB
+// for the sets with centred chroma.
 //
 // Included once for every target from a file that includes foreach_target.h,
 // after simdops-inl.h; the guard follows Highway's convention for such headers.
@@ -16,6 +17,7 @@
 
 #include <hwy/highway.h>
 
+#include "cbcrpx.h"
 #include "kelcc.h"
 #include "pairsimd.h"
 
@@ -243,6 +245,66 @@ HWY_INLINE void convertRow(typename In::Src src, typename Out::Dst dst, int widt
     }
     if (x < width) Tail(In::advance(src, x), Out::advance(dst, x), width - x);
 }
+
+// YCbCr to RGB for a set whose chroma is centred on 128 and whose offsets are
+// all -16 times the luma weight, plus a rounding half or not (sets T, R and F):
+// then luma * Y + offset = luma * (Y - 16) + rounding.  Set T's luma weight is
+// four times a 16-bit value, one product (luma / 4) * 4 (Y - 16) of a value in
+// -64..956; sets R and F split as 65536 + 10746 and 65536 + 10773 like the
+// chroma weights.  Each weight splits as highPart * 65536 + lowPart; the low
+// parts ride in the multiply-adds, luma's beside a chroma weight's (green
+// takes two, the second with a zero luma weight), the rounding half in the
+// sum they start from, and the high parts are added to the shifted sum, since
+// (s + 65536 * h) >> 16 = (s >> 16) + h exactly.  The products stay below 2^25 and no pair holds
+// -32768, so every sum is the scalar one, floored the same; the results lie
+// within -600..600, and the pack saturates them to 0..255 as saturateByte does.
+template <const InverseYCbCr& K>
+struct YCbCrToRGB {
+    static_assert(K.chromaZero == 128 && K.offsetG == K.offsetR && K.offsetB == K.offsetR, "one offset, centred chroma");
+    static constexpr std::int32_t kRounding = K.offsetR + 16 * K.luma;
+    static_assert(kRounding == 0 || kRounding == 32768, "offsets of 16, rounding or not");
+    static constexpr bool kQuarter = K.luma % 4 == 0 && K.luma / 4 < 32768;
+    static constexpr std::int32_t kLumaWeight = kQuarter ? K.luma / 4 : lowPart(K.luma);
+    static constexpr std::int32_t kLumaHigh = kQuarter ? 0 : highPart(K.luma);
+
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V y, V cb, V cr, V& r, V& g, V& b)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const Halves<DI16> y16 = widenBytes(di16, y), cb16 = widenBytes(di16, cb), cr16 = widenBytes(di16, cr);
+        const auto sixteen = hn::Set(di16, 16), centre = hn::Set(di16, 128);
+        const auto rounding = hn::Set(di32, kRounding);
+        const auto half = [&](auto yh, auto cbh, auto crh, auto& rh, auto& gh, auto& bh) {
+            const auto above = hn::Sub(yh, sixteen);
+            const auto luma = kQuarter ? hn::ShiftLeft<2>(above) : above;
+            const auto dcb = hn::Sub(cbh, centre), dcr = hn::Sub(crh, centre);
+            const auto lumaCb = pairUp(di16, luma, dcb), lumaCr = pairUp(di16, luma, dcr);
+            const auto channel = [&](const Halves<DI16>& pairs, std::int32_t weights) {
+                return upperHalves(di16, multiplyAdd(di32, pairs.lower, weights, rounding),
+                                   multiplyAdd(di32, pairs.upper, weights, rounding));
+            };
+            const auto red = channel(lumaCr, weightPair(kLumaWeight, lowPart(K.crToR)));
+            rh = addMultiple<kLumaHigh>(addMultiple<highPart(K.crToR)>(red, dcr), above);
+            const auto blue = channel(lumaCb, weightPair(kLumaWeight, lowPart(K.cbToB)));
+            bh = addMultiple<kLumaHigh>(addMultiple<highPart(K.cbToB)>(blue, dcb), above);
+            constexpr std::int32_t cbWeights = weightPair(kLumaWeight, lowPart(-K.cbToG));
+            constexpr std::int32_t crWeights = weightPair(0, lowPart(-K.crToG));
+            const auto green = upperHalves(
+                di16, multiplyAdd(di32, lumaCr.lower, crWeights, multiplyAdd(di32, lumaCb.lower, cbWeights, rounding)),
+                multiplyAdd(di32, lumaCr.upper, crWeights, multiplyAdd(di32, lumaCb.upper, cbWeights, rounding)));
+            gh = addMultiple<kLumaHigh>(
+                addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr), above);
+        };
+        hn::Vec<DI16> rLower, rUpper, gLower, gUpper, bLower, bUpper;
+        half(y16.lower, cb16.lower, cr16.lower, rLower, gLower, bLower);
+        half(y16.upper, cb16.upper, cr16.upper, rUpper, gUpper, bUpper);
+        r = packBytes(du8, rLower, rUpper);
+        g = packBytes(du8, gLower, gUpper);
+        b = packBytes(du8, bLower, bUpper);
+    }
+};
 
 } // namespace HWY_NAMESPACE
 } // namespace kel
