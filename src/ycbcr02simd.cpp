@@ -22,6 +22,28 @@ namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
+// constant + the weighted sum of each 32-bit lane's samples, the even lanes
+// with weights E and the odd lanes with O: forwardSums, whose bounds hold here
+// (no saturation, sums far inside 32 bits).  AVX3_DL adds each multiply-add
+// into the sum in one AVX-512 VNNI instruction, the EVEX form written out:
+// Highway's AVX3_DL target enables only the VEX form, which Zen 4 lacks.
+template <const ForwardWeights& E, const ForwardWeights& O, class DI32, class DI16>
+HWY_INLINE hn::Vec<DI32> weightedSums(DI32 di32, const SamplePairs<DI16>& pairs, hn::Vec<DI32> constant)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)di32;
+    const DI16 di16;
+    const auto rgWeights = weightPairs(di16, E.rgFirst, E.rgSecond, O.rgFirst, O.rgSecond);
+    const auto gbWeights = weightPairs(di16, E.gbFirst, E.gbSecond, O.gbFirst, O.gbSecond);
+    __m512i sum = constant.raw;
+    asm("vpdpwssd %2, %1, %0" : "+v"(sum) : "v"(pairs.rg.raw), "v"(rgWeights.raw));
+    asm("vpdpwssd %2, %1, %0" : "+v"(sum) : "v"(pairs.gb.raw), "v"(gbWeights.raw));
+    return hn::Vec<DI32>{sum};
+#else
+    return forwardSums<E, O>(di32, pairs, constant);
+#endif
+}
+
 // Rows in pairs, a vector of pixels of each row a step, in four groups of
 // one 32-bit lane a pixel.  Each group's sample pairs (R, G) and (G, B) give
 // the pixels' luma sums; the two rows' pairs added, then each pixel's and its
@@ -63,13 +85,13 @@ HWY_INLINE void rowPairs420(const Kel8u* HWY_RESTRICT top, const Kel8u* HWY_REST
         const auto lower3 = loadSamplePairs<Pitch, O>(di16, lowerRow + Pitch * 3 * group);
 
         const auto luma = [&](const auto& pairs) {
-            return forwardSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
+            return weightedSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
         };
         hn::StoreU(orderedBytes<16>(du8, luma(upper0), luma(upper1), luma(upper2), luma(upper3)), du8, yTop + x);
         hn::StoreU(orderedBytes<16>(du8, luma(lower0), luma(lower1), luma(lower2), luma(lower3)), du8, yBottom + x);
 
         const auto cell = [&](const auto& upper, const auto& lower) {
-            return forwardSums<kBlueDifferenceWeights, kRedDifferenceWeights>(
+            return weightedSums<kBlueDifferenceWeights, kRedDifferenceWeights>(
                 di32, addPairNeighbour(addPairs(upper, lower)), cellConstant);
         };
         // Cb and Cr alternate, a cell's pair in its two lanes; split, they are
@@ -157,10 +179,10 @@ HWY_INLINE void pairStep(DU8 du8, const Source& src, int x, hn::Vec<DU8>& luma, 
     const auto pairs2 = src.pairs(di16, x + 2 * group);
     const auto pairs3 = src.pairs(di16, x + 3 * group);
     const auto lumaOf = [&](const auto& pairs) {
-        return forwardSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
+        return weightedSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
     };
     const auto chromaOf = [&](const auto& pairs) {
-        return forwardSums<EvenChroma, OddChroma>(di32, addPairNeighbour(pairs), chromaConstant);
+        return weightedSums<EvenChroma, OddChroma>(di32, addPairNeighbour(pairs), chromaConstant);
     };
     luma = orderedBytes<16>(du8, lumaOf(pairs0), lumaOf(pairs1), lumaOf(pairs2), lumaOf(pairs3));
     chroma = orderedBytes<17>(du8, chromaOf(pairs0), chromaOf(pairs1), chromaOf(pairs2), chromaOf(pairs3));
@@ -289,10 +311,10 @@ HWY_INLINE void groups411(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT y, 
         const auto pairs2 = row.pairs(di16, x + 2 * group);
         const auto pairs3 = row.pairs(di16, x + 3 * group);
         const auto lumaOf = [&](const auto& pairs) {
-            return forwardSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
+            return weightedSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
         };
         const auto cellOf = [&](const auto& pairs) {
-            return forwardSums<kBlueDifferenceWeights, kRedDifferenceWeights>(di32, addCellOf4(pairs), cellConstant);
+            return weightedSums<kBlueDifferenceWeights, kRedDifferenceWeights>(di32, addCellOf4(pairs), cellConstant);
         };
         hn::StoreU(orderedBytes<16>(du8, lumaOf(pairs0), lumaOf(pairs1), lumaOf(pairs2), lumaOf(pairs3)), du8, y + x);
         const auto chroma = hn::LowerHalf(
@@ -355,13 +377,13 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
     int x = 0;
     for (; row.fits(du8, x, step, width); x += step) {
         const auto lumaOf = [&](const auto& pairs) {
-            return forwardSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
+            return weightedSums<kLumaSumWeights, kLumaSumWeights>(di32, pairs, lumaConstant);
         };
         const auto chromaOf = [&](const auto& pairs) {
             const auto blueEvenRedOdd =
-                forwardSums<kBlueDifferenceWeights, kRedDifferenceWeights>(di32, pairs, hn::Zero(di32));
+                weightedSums<kBlueDifferenceWeights, kRedDifferenceWeights>(di32, pairs, hn::Zero(di32));
             const auto redEvenBlueOdd =
-                hn::Shuffle2301(forwardSums<kRedDifferenceWeights, kBlueDifferenceWeights>(di32, pairs, hn::Zero(di32)));
+                hn::Shuffle2301(weightedSums<kRedDifferenceWeights, kBlueDifferenceWeights>(di32, pairs, hn::Zero(di32)));
             // Lanes 2k, 2k + 1: (b(e), r(e)) and, after the swap, (b(o), r(o)).
             const auto half = hn::ShiftRight<1>(hn::OddEven(redEvenBlueOdd, blueEvenRedOdd));
             const auto quarter = hn::ShiftRight<2>(hn::OddEven(blueEvenRedOdd, redEvenBlueOdd));
