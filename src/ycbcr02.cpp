@@ -16,12 +16,6 @@ namespace {
 
 // The pair, cell and filter constants are in ycbcr02simd.h, which the vector kernels share.
 
-// The gamma member maps its source through the table a run of pixels at a
-// time into a buffer on the stack.  A run is even, so that no pair is cut,
-// and 6 pixels longer than a multiple of 64: every vector step of the run then
-// reads inside it, and the pixels the last step leaves are few.
-constexpr int kGammaRun = 1030;
-
 // The YCrCb 4:2:0 members are the YCbCr ones with planes 1 and 2, and their
 // strides, exchanged.
 struct CrCbPlanes {
@@ -365,23 +359,14 @@ void myRGBToCbYCr422_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int d
     });
 }
 
-// Every sample through the forward BT.709 table first, a run at a time into a
-// buffer on the stack, then the filter of the plain member; the carry joins
-// the runs of a row as it joins its pairs.
+// Every sample through the forward BT.709 table, then the filter of the plain
+// member; the carry joins the runs of a row as it joins its pairs.
 void myRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    const RowFilteredCbYCr kernel = chooseRGBToCbYCr422();
-    const BytesThroughTable throughTable = chooseForwardGammaBytes();
-    Kel8u coded[3 * kGammaRun];
+    const RowFilteredCbYCr kernel = chooseRGBToCbYCr422Gamma();
     forEachRow(height, [&](int y) {
-        const Kel8u* src = rowAt(pSrc, srcStep, y);
-        Kel8u* dst = rowAt(pDst, dstStep, y);
         FilterCarry carry{0, 0};
-        for (int x0 = 0; x0 < width; x0 += kGammaRun) {
-            const int n = width - x0 < kGammaRun ? width - x0 : kGammaRun;
-            throughTable(src + 3 * x0, coded, 3 * n);
-            kernel(coded, dst + 2 * x0, n, carry);
-        }
+        kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, carry);
     });
 }
 
@@ -440,6 +425,15 @@ void innerBGRToYCbCr411_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* 
 void innerRGBToCbYCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry)
 {
     filteredCbYCr(PixelSource<3, kRGB>{src}, dst, width, carry);
+}
+void innerRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry)
+{
+    Kel8u coded[3 * kGammaRun];
+    for (int x0 = 0; x0 < width; x0 += kGammaRun) {
+        const int n = width - x0 < kGammaRun ? width - x0 : kGammaRun;
+        innerForwardGammaBytes(src + 3 * x0, coded, 3 * n);
+        innerRGBToCbYCr422_8u_C3C2R(coded, dst + 2 * x0, n, carry);
+    }
 }
 void innerForwardGammaBytes(const Kel8u* src, Kel8u* dst, int count)
 {

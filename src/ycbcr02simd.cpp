@@ -358,7 +358,7 @@ HWY_INLINE hn::Vec<DI32> pairBefore(DI32 di32, hn::Vec<DI32> v, hn::Vec<DI32> be
 // 0..2^24 (|b|, |r| <= 28770 * 255 < 0x807FFF), so each result is a byte, as
 // in the scalar kernel, which has no clamp.  The pairs after the last whole
 // step, and a last single pixel, go to the scalar kernel Tail, with the carry.
-template <RowFilteredCbYCr Tail>
+template <RowFilteredCbYCr Tail, class Source = PixelRowSource<3, kRGB>>
 HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, int width, FilterCarry& carry)
 {
     const hn::ScalableTag<std::uint8_t> du8;
@@ -369,7 +369,7 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
     const int group = static_cast<int>(hn::Lanes(di32));  // pixels of one vector of sums
     const auto lumaConstant = hn::Set(di32, kRoundedLuma);
     const auto chromaConstant = hn::Set(di32, kFilteredChroma);
-    const PixelRowSource<3, kRGB> row{src};
+    const Source row{src};
     // Every pair of lanes holds the carry given; the last is the one used.
     auto quarterBefore = hn::BitCast(
         di32, hn::Set(di64, static_cast<std::int64_t>(static_cast<std::uint64_t>(static_cast<std::uint32_t>(carry.r)) << 32 |
@@ -443,6 +443,48 @@ void forwardGammaBytes(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, i
     int x = 0;
     for (; x + step <= count; x += step) hn::StoreU(forwardGammaOf(du8, hn::LoadU(du8, src + x)), du8, dst + x);
     if (x < count) innerForwardGammaBytes(src + x, dst + x, count - x);
+}
+
+#if HWY_TARGET == HWY_AVX3_DL
+// An RGB row whose samples go through the forward BT.709 table as they are
+// loaded (forwardGammaOf, exact), then pair up as PixelRowSource's do: the
+// same samples the buffer of mapped bytes would give, without the buffer.
+struct GammaRowSource {
+    const Kel8u* row;
+
+    template <class DU8>
+    bool fits(DU8 du8, int x, int step, int width) const
+    {
+        return PixelRowSource<3, kRGB>{row}.fits(du8, x, step, width);
+    }
+    template <class DI16>
+    SamplePairs<DI16> pairs(DI16 di16, int x) const
+    {
+        const hn::Repartition<std::uint8_t, DI16> du8;
+        const __m512i bytes = forwardGammaOf(du8, hn::LoadU(du8, row + 3 * x)).raw;
+        const __mmask64 sampleBytes = 0x5555555555555555ull;  // bytes 0 and 2 of every 32-bit lane
+        const __m512i rg = _mm512_maskz_permutexvar_epi8(sampleBytes, _mm512_load_si512(kRedGreenIndex<3, kRGB>.index), bytes);
+        const __m512i gb = _mm512_maskz_permutexvar_epi8(sampleBytes, _mm512_load_si512(kGreenBlueIndex<3, kRGB>.index), bytes);
+        return {hn::Vec<DI16>{rg}, hn::Vec<DI16>{gb}};
+    }
+};
+#endif
+
+// The gamma member's rows: on AVX3_DL the table within the filter's loads,
+// the last pixels to the scalar kernel; elsewhere each run of the row through
+// the table into a buffer on the stack, then the filter.
+void rowRGBToCbYCr422Gamma(const Kel8u* src, Kel8u* dst, int width, FilterCarry& carry)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    filteredCbYCr<innerRGBToCbYCr422Gamma_8u_C3C2R, GammaRowSource>(src, dst, width, carry);
+#else
+    Kel8u coded[3 * kGammaRun];
+    for (int x0 = 0; x0 < width; x0 += kGammaRun) {
+        const int n = width - x0 < kGammaRun ? width - x0 : kGammaRun;
+        forwardGammaBytes(src + 3 * x0, coded, 3 * n);
+        filteredCbYCr<innerRGBToCbYCr422_8u_C3C2R>(coded, dst + 2 * x0, n, carry);
+    }
+#endif
 }
 
 void rowPairRGBToYCbCr420(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* cb, Kel8u* cr,
@@ -563,6 +605,7 @@ HWY_EXPORT(rowBGRToYCbCr411);
 HWY_EXPORT(rowBGRToYCbCr411AC4);
 HWY_EXPORT(rowRGBToCbYCr422);
 HWY_EXPORT(forwardGammaBytes);
+HWY_EXPORT(rowRGBToCbYCr422Gamma);
 
 RowPairForward420 chooseRGBToYCbCr420()
 {
@@ -660,6 +703,12 @@ BytesThroughTable chooseForwardGammaBytes()
     return &HWY_DYNAMIC_DISPATCH(forwardGammaBytes);
 }
 
+RowFilteredCbYCr chooseRGBToCbYCr422Gamma()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowRGBToCbYCr422Gamma);
+}
+
 } // namespace kel
 #endif // HWY_ONCE
 
@@ -745,6 +794,11 @@ RowFilteredCbYCr chooseRGBToCbYCr422()
 BytesThroughTable chooseForwardGammaBytes()
 {
     return innerForwardGammaBytes;
+}
+
+RowFilteredCbYCr chooseRGBToCbYCr422Gamma()
+{
+    return innerRGBToCbYCr422Gamma_8u_C3C2R;
 }
 
 } // namespace kel

@@ -36,6 +36,12 @@ struct FilterCarry {
     std::int32_t b, r;
 };
 
+// The gamma member maps its source through the table a run of pixels at a
+// time into a buffer on the stack.  A run is even, so that no pair is cut,
+// and 6 pixels longer than a multiple of 64: every vector step of the run then
+// reads inside it, and the pixels the last step leaves are few.
+inline constexpr int kGammaRun = 1030;
+
 
 } // namespace kel
 
@@ -70,6 +76,10 @@ void innerBGRToYCbCr411_8u_AC4P3R(const Kel8u* src, Kel8u* y, Kel8u* cb, Kel8u* 
 // The scalar filtered CbYCr row kernel (ycbcr02.cpp), from the carry given.
 void innerRGBToCbYCr422_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, kel::FilterCarry& carry);
 
+// The gamma member's scalar row kernel (ycbcr02.cpp): the row through the
+// forward BT.709 table a run at a time, then the filter, from the carry given.
+void innerRGBToCbYCr422Gamma_8u_C3C2R(const Kel8u* src, Kel8u* dst, int width, kel::FilterCarry& carry);
+
 // `count` bytes through the forward BT.709 table (ycbcr02.cpp).
 void innerForwardGammaBytes(const Kel8u* src, Kel8u* dst, int count);
 
@@ -101,5 +111,6 @@ RowForwardToPlanes chooseBGRToYCbCr411();
 RowForwardToPlanes chooseBGRToYCbCr411AC4();
 RowFilteredCbYCr chooseRGBToCbYCr422();
 BytesThroughTable chooseForwardGammaBytes();
+RowFilteredCbYCr chooseRGBToCbYCr422Gamma();
 
 } // namespace kel
