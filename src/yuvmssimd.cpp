@@ -136,6 +136,24 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
     }
 }
 
+// Both destination rows of a stacking from one pass over the source row:
+// the even-column step of chromaRow to the first pair of rows and the
+// odd-column step to the second, from the same loads.  A destination of Cb,
+// Cr pairs is given in `cb` and `oddCb`.
+template <Chroma S, Chroma D>
+int stackedColumns(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples, n, 1, [&](int k) {
+        VU8 cbLow, crLow, cbHigh, crHigh;
+        loadChroma<S>(d, src.cb, src.cr, 2 * k, cbLow, crLow);
+        loadChroma<S>(d, src.cb, src.cr, 2 * k + n, cbHigh, crHigh);
+        storeChroma<D>(d, cb, cr, k, hn::ConcatEven(d, cbHigh, cbLow), hn::ConcatEven(d, crHigh, crLow));
+        storeChroma<D>(d, oddCb, oddCr, k, hn::ConcatOdd(d, cbHigh, cbLow), hn::ConcatOdd(d, crHigh, crLow));
+    });
+}
+
 // ---- pixel pairs ----------------------------------------------------------------------------------------
 
 // Where Y0, Cb, Y1 and Cr sit in a pair's four bytes.
@@ -340,6 +358,7 @@ constexpr void fillChromaRows(Kernels& k)
     k.chromaRow[S][D][kOddColumns] = chromaRow<S, D, kOddColumns>;
     k.chromaRow[S][D][kDoubledColumns] = chromaRow<S, D, kDoubledColumns>;
     k.chromaRow[S][D][kUnstackedRows] = chromaRow<S, D, kUnstackedRows>;
+    k.stackedColumns[S][D] = stackedColumns<S, D>;
 }
 
 template <PairOrder O>
