@@ -516,6 +516,20 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             return;
         }
     }
+    if constexpr (R == Rule::OddRowsDropped) {
+        // Every other source row is skipped, which the processor's own
+        // prefetching does not follow: the next rows are asked for a row ahead.
+        const int sourceBytes = samples * chromaPitch(SF);
+        constexpr int kRowsAhead = 1;
+        forEachRow(chromaHeight, [&](int j) {
+            if (j + kRowsAhead < chromaHeight) {
+                simdrepack::prefetchRow(from.row(1, 2 * (j + kRowsAhead)), sourceBytes);
+                simdrepack::prefetchRow(from.row(2, 2 * (j + kRowsAhead)), sourceBytes);
+            }
+            chromaRows(j, vectorChromaRows(j));
+        });
+        return;
+    }
     forEachRow(chromaHeight, [&](int j) { chromaRows(j, vectorChromaRows(j)); });
 }
 
