@@ -124,6 +124,7 @@ void ownYCbCr411To420_8u_P3R(const Kel8u* const src[3], const int srcStep[3], Ke
         forEachRowPair(height, [&](int top, int, int j) {
             const Kel8u* s = from.row(p, top);
             Kel8u* d = to.row(p, j);
+            if (top + 2 < height) simdrepack::prefetchRow(from.row(p, top + 2), samples);  // the odd rows are skipped
             const int done = simd ? simd->oddColumnsAveraged(s, d, samples) : 0;
             for (int k = done; k < samples; ++k) {
                 const int right = k + 1 < samples ? s[k + 1] : s[k];

@@ -324,6 +324,13 @@ constexpr simdrepack::Columns columnsOf(bool oddRow)
 
 template <Rule R, int SrcPitch, int DstPitch>
 void chromaRow(const Kel8u* const* srcRows, int j, Kel8u* d, int samples, int first);
+
+// Whether an image of compact rows (`compact`) can go as one long row of
+// width x height units, which must still be counted in an int.
+inline bool oneLongRow(int height, int width, bool compact)
+{
+    return compact && height > 1 && static_cast<long long>(width) * height <= std::numeric_limits<int>::max();
+}
 template <Rule R>
 constexpr int firstSourceRow(int j);
 
@@ -347,7 +354,8 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         simdrepack::PlanesToPairsKernel kernel = nullptr;
         if constexpr (!isPixelOrder(SF))
             if (simd) kernel = simd->planesToPairs[chromaForm(SF)][R == Rule::ColumnsDoubled][pairOrder(DF)];
-        forEachRow(height, [&](int y) {
+        // One row of `pixels` pixels (a whole image of compact rows is one long row).
+        const auto pairsRow = [&](int y, int pixels) {
             const Kel8u* sy = from.row(0, y);
             const Kel8u* scb = from.row(1, y);
             const Kel8u* scr = from.row(2, y);
@@ -356,35 +364,54 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             Kel8u* dcr = to.row(2, y);
             int firstPair = 0;  // stays a constant where there is no kernel, so the loop below vectorises as it stands
             if constexpr (!isPixelOrder(SF))
-                if (kernel) firstPair = kernel(sy, scb, scr, to.row(firstComponent(DF), y), width) / 2;
-            for (int k = firstPair; k < width / 2; ++k) {
+                if (kernel) firstPair = kernel(sy, scb, scr, to.row(firstComponent(DF), y), pixels) / 2;
+            for (int k = firstPair; k < pixels / 2; ++k) {
                 const int source = R == Rule::ColumnsDoubled ? k / 2 : k;
                 dy[4 * k] = sy[2 * k * sl];
                 dy[4 * k + 2] = sy[(2 * k + 1) * sl];
                 dcb[4 * k] = scb[source * sc];
                 dcr[4 * k] = scr[source * sc];
             }
-        });
+        };
+        if constexpr (!isPixelOrder(SF)) {
+            const int sourceSamples = R == Rule::ColumnsDoubled ? width / 4 : width / 2;
+            if (kernel && oneLongRow(height, width, from.steps[0] == width && to.steps[0] == 2 * width &&
+                                                        from.steps[1] == sourceSamples * sc && from.steps[2] == sourceSamples * sc)) {
+                pairsRow(0, width * height);
+                return;
+            }
+        }
+        forEachRow(height, [&](int y) { pairsRow(y, width); });
         return;
     }
-    const auto lumaRow = [&](int y, int first) {
+    // Luma row y and the chroma rows of destination row j, from the pixel or
+    // sample `first` on, `pixels` wide (the whole image where it is one long row).
+    const auto lumaRow = [&](int y, int first, int pixels = 0) {
+        if (pixels == 0) pixels = width;
         const Kel8u* s = from.row(0, y);
         Kel8u* d = to.row(0, y);
         if constexpr (lumaPitch(SF) == 1 && lumaPitch(DF) == 1) {
-            std::memcpy(d, s, static_cast<std::size_t>(width));
+            std::memcpy(d, s, static_cast<std::size_t>(pixels));
         } else {
-            for (int x = first; x < width; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
+            for (int x = first; x < pixels; ++x) d[x * lumaPitch(DF)] = s[x * lumaPitch(SF)];
         }
     };
     const int samples = chromaWidth(DS, width);
-    const auto chromaRows = [&](int j, int first) {
+    const auto chromaRows = [&](int j, int first, int rowSamples = 0) {
+        if (rowSamples == 0) rowSamples = samples;
         for (int c = 1; c < 3; ++c) {
             const int top = firstSourceRow<R>(j);
             const Kel8u* srcRows[2] = {from.row(c, top), nullptr};
             if constexpr (R == Rule::RowsUnstacked) srcRows[1] = from.row(c, top + 1);
-            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, to.row(c, j), samples, first);
+            chromaRow<R, chromaPitch(SF), chromaPitch(DF)>(srcRows, j, to.row(c, j), rowSamples, first);
         }
     };
+    // Rules that take destination row j from source row j alone, sample k
+    // from a source column that grows with k the same way in every row.
+    constexpr bool rowForRow = R == Rule::Same || R == Rule::OddColumnsDropped || R == Rule::ColumnsDoubled;
+    const int sourceSamples = R == Rule::OddColumnsDropped ? 2 * samples : R == Rule::ColumnsDoubled ? samples / 2 : samples;
+    const bool compactChroma = from.steps[1] == sourceSamples * chromaPitch(SF) && from.steps[2] == sourceSamples * chromaPitch(SF) &&
+                               to.steps[1] == samples * chromaPitch(DF) && to.steps[2] == samples * chromaPitch(DF);
     if constexpr (isPixelOrder(SF)) {
         // A row of pixel pairs gives its luma and, where the destination has
         // a chroma row for it, that row; in 4:2:0 only the even rows do.
@@ -396,6 +423,15 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         if (simd) {
             lumaAndChroma = simd->pairsToPlanes[pairOrder(SF)][withChroma];
             lumaOnly = simd->pairsToPlanes[pairOrder(SF)][simdrepack::kLumaOnly];
+        }
+        if constexpr (DS != Scheme::S420) {
+            if (lumaAndChroma && oneLongRow(height, width, from.steps[0] == 2 * width && to.steps[0] == width && compactChroma)) {
+                const int pixels = width * height;
+                const int done = lumaAndChroma(from.row(firstComponent(SF), 0), to.row(0, 0), to.row(1, 0), to.row(2, 0), pixels);
+                lumaRow(0, done, pixels);
+                chromaRows(0, done / pixelsPerSample, pixels / pixelsPerSample);
+                return;
+            }
         }
         forEachRow(height, [&](int y) {
             const bool hasChroma = DS != Scheme::S420 || (y & 1) == 0;
@@ -436,7 +472,65 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
     } else {
         forEachRow(height, [&](int y) { lumaRow(y, 0); });
     }
-    forEachRow(DS == Scheme::S420 ? height / 2 : height, [&](int j) { chromaRows(j, vectorChromaRows(j)); });
+    const int chromaHeight = DS == Scheme::S420 ? height / 2 : height;
+    if constexpr (rowForRow) {
+        if (kernels[0] && oneLongRow(chromaHeight, samples, compactChroma)) {
+            const int all = samples * chromaHeight;
+            const int done = kernels[0]({from.row(1, 0), from.row(2, 0), nullptr, nullptr}, to.row(1, 0), to.row(2, 0), all);
+            chromaRows(0, done, all);
+            return;
+        }
+    }
+    if constexpr (R == Rule::RowsDoubled) {
+        static_assert(chromaPitch(DF) == 1);
+        if (kernels[0]) {
+            // An odd destination row repeats the even one above it, which is
+            // still in the cache: a copy of it rather than a second pass over
+            // the source.  (Where the rows overlap, the even row is whole
+            // until the odd one is written, so memmove gives the same bytes.)
+            forEachRow(chromaHeight, [&](int j) {
+                if ((j & 1) == 0) {
+                    chromaRows(j, vectorChromaRows(j));
+                    return;
+                }
+                for (int c = 1; c < 3; ++c) std::memmove(to.row(c, j), to.row(c, j - 1), static_cast<std::size_t>(samples));
+            });
+            return;
+        }
+    }
+    if constexpr (R == Rule::ColumnsStacked) {
+        const auto split = simd ? simd->stackedColumns[chromaForm(SF)][chromaForm(DF)] : nullptr;
+        const int rowBytes = samples * chromaPitch(DF);
+        const auto apart = [rowBytes](int step) { return step >= rowBytes || step <= -rowBytes; };
+        if (split && apart(to.steps[1]) && apart(to.steps[2])) {
+            // Both destination rows of a source row in one pass over it: the
+            // even samples to the upper row, the odd ones to the lower.  The
+            // rows of a plane are apart, so the order of their writes leaves
+            // the same bytes.
+            forEachRow(chromaHeight / 2, [&](int i) {
+                const int done = split({from.row(1, i), from.row(2, i), nullptr, nullptr}, to.row(1, 2 * i), to.row(2, 2 * i),
+                                       to.row(1, 2 * i + 1), to.row(2, 2 * i + 1), samples);
+                chromaRows(2 * i, done);
+                chromaRows(2 * i + 1, done);
+            });
+            return;
+        }
+    }
+    if constexpr (R == Rule::OddRowsDropped) {
+        // Every other source row is skipped, which the processor's own
+        // prefetching does not follow: the next rows are asked for a row ahead.
+        const int sourceBytes = samples * chromaPitch(SF);
+        constexpr int kRowsAhead = 1;
+        forEachRow(chromaHeight, [&](int j) {
+            if (j + kRowsAhead < chromaHeight) {
+                simdrepack::prefetchRow(from.row(1, 2 * (j + kRowsAhead)), sourceBytes);
+                simdrepack::prefetchRow(from.row(2, 2 * (j + kRowsAhead)), sourceBytes);
+            }
+            chromaRows(j, vectorChromaRows(j));
+        });
+        return;
+    }
+    forEachRow(chromaHeight, [&](int j) { chromaRows(j, vectorChromaRows(j)); });
 }
 
 // Destination chroma row j of one component from sample `first` on, from the

@@ -136,6 +136,24 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
     }
 }
 
+// Both destination rows of a stacking from one pass over the source row:
+// the even-column step of chromaRow to the first pair of rows and the
+// odd-column step to the second, from the same loads.  A destination of Cb,
+// Cr pairs is given in `cb` and `oddCb`.
+template <Chroma S, Chroma D>
+int stackedColumns(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples, n, 1, [&](int k) {
+        VU8 cbLow, crLow, cbHigh, crHigh;
+        loadChroma<S>(d, src.cb, src.cr, 2 * k, cbLow, crLow);
+        loadChroma<S>(d, src.cb, src.cr, 2 * k + n, cbHigh, crHigh);
+        storeChroma<D>(d, cb, cr, k, hn::ConcatEven(d, cbHigh, cbLow), hn::ConcatEven(d, crHigh, crLow));
+        storeChroma<D>(d, oddCb, oddCr, k, hn::ConcatOdd(d, cbHigh, cbLow), hn::ConcatOdd(d, crHigh, crLow));
+    });
+}
+
 // ---- pixel pairs ----------------------------------------------------------------------------------------
 
 // Where Y0, Cb, Y1 and Cr sit in a pair's four bytes.
@@ -301,32 +319,31 @@ int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
 //   top    a, (a + b + h) >> 1
 //   bottom (a + c + h) >> 1, (a + b + c + e + 2h) >> 2,
 // h = 1 where the means round half up (Cb), 0 where they truncate (Cr).  The
-// two-sample means are AverageRound or floorMean; the four-sample sum, at
-// most 1022, is taken in 16-bit lanes (zipped within blocks, packed back in
-// order by packBytes; the result fits a byte, so the pack's saturation never
-// acts).  Cells with k + 1 = samples are left to the scalar kernel.
+// two-sample means are AverageRound or floorMean.  The four-sample mean stays
+// in bytes: with x = (a + b) >> 1, p = (a + b) & 1 and y, q the same of c, e,
+// the sum is 2(x + y) + p + q, so
+//   (sum + 2) >> 2 = (x + y + 1) >> 1, plus 1 where p = q = 1 and x + y is even,
+//   sum >> 2       = (x + y) >> 1,     plus 1 where p = q = 1 and x + y is odd
+// (checked over every a, b, c, e).  Cells with k + 1 = samples are left to the
+// scalar kernel.
 template <bool RoundHalfUp>
 int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int samples)
 {
     const DU8 d;
-    const hn::Repartition<std::uint16_t, DU8> du16;
-    const hn::Repartition<std::int16_t, DU8> di16;
     const int n = static_cast<int>(hn::Lanes(d));
-    const auto zero = hn::Zero(d);
-    const auto quarterHalf = hn::Set(du16, RoundHalfUp ? 2 : 0);
-    const auto mean = [&](VU8 a, VU8 b) { return RoundHalfUp ? hn::AverageRound(a, b) : floorMean(d, a, b); };
+    const VU8 one = hn::Set(d, 1);
     return wholeSteps(samples - 1, n, 1, [&](int k) {
         const VU8 a = hn::LoadU(d, s + k), b = hn::LoadU(d, s + k + 1);
         const VU8 c = hn::LoadU(d, below + k), e = hn::LoadU(d, below + k + 1);
-        const auto sum = [&](const auto zip) {
-            const auto widened = [&](VU8 v) { return zip(du16, v, zero); };
-            return hn::BitCast(di16, hn::ShiftRight<2>(hn::Add(hn::Add(widened(a), widened(b)),
-                                                               hn::Add(hn::Add(widened(c), widened(e)), quarterHalf))));
-        };
-        const VU8 diagonal = kel::HWY_NAMESPACE::packBytes(d, sum([](auto dw, VU8 v, VU8 z) { return hn::ZipLower(dw, v, z); }),
-                                       sum([](auto dw, VU8 v, VU8 z) { return hn::ZipUpper(dw, v, z); }));
-        hn::StoreInterleaved2(a, mean(a, b), d, top + 2 * k);
-        hn::StoreInterleaved2(mean(a, c), diagonal, d, bottom + 2 * k);
+        const VU8 p = hn::And(hn::Xor(a, b), one), q = hn::And(hn::Xor(c, e), one);
+        const VU8 roundedTop = hn::AverageRound(a, b);
+        const VU8 x = hn::Sub(roundedTop, p), y = hn::Sub(hn::AverageRound(c, e), q);
+        const VU8 bothOdd = hn::And(p, q), xyOdd = hn::Xor(x, y);
+        const VU8 diagonal = RoundHalfUp ? hn::Add(hn::AverageRound(x, y), hn::AndNot(xyOdd, bothOdd))
+                                         : hn::Add(floorMean(d, x, y), hn::And(xyOdd, bothOdd));
+        const VU8 down = RoundHalfUp ? hn::AverageRound(a, c) : floorMean(d, a, c);
+        hn::StoreInterleaved2(a, RoundHalfUp ? roundedTop : x, d, top + 2 * k);
+        hn::StoreInterleaved2(down, diagonal, d, bottom + 2 * k);
     });
 }
 
@@ -340,6 +357,7 @@ constexpr void fillChromaRows(Kernels& k)
     k.chromaRow[S][D][kOddColumns] = chromaRow<S, D, kOddColumns>;
     k.chromaRow[S][D][kDoubledColumns] = chromaRow<S, D, kDoubledColumns>;
     k.chromaRow[S][D][kUnstackedRows] = chromaRow<S, D, kUnstackedRows>;
+    k.stackedColumns[S][D] = stackedColumns<S, D>;
 }
 
 template <PairOrder O>

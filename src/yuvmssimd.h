@@ -36,6 +36,9 @@ struct ChromaRowSource {
 // (a multiple of 4).  The scalar kernel finishes the row from there.
 // A destination of Cb, Cr pairs is given in `cb`.
 using ChromaRowKernel = int (*)(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples);
+// A source chroma row split between two destination rows: its even samples
+// to `cb`, `cr`, its odd ones to `oddCb`, `oddCr` (D[k] = S[2k] and S[2k + 1]).
+using SplitRowKernel = int (*)(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples);
 using PairsToPlanesKernel = int (*)(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width);
 using PlanesToPairsKernel = int (*)(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width);
 
@@ -50,6 +53,7 @@ using OneRowKernel = int (*)(const Kel8u* s, Kel8u* d, int samples);
 
 struct Kernels {
     ChromaRowKernel chromaRow[kChromaForms][kChromaForms][kColumnRules];  // [source][destination][rule]
+    SplitRowKernel stackedColumns[kChromaForms][kChromaForms];  // [source][destination]
     PairsToPlanesKernel pairsToPlanes[kPairOrders][kPairChromas];
     PlanesToPairsKernel planesToPairs[kChromaForms][2][kPairOrders];  // [source chroma][chroma doubled][order]
     TwoRowsKernel oddRowsAveraged;
@@ -58,6 +62,13 @@ struct Kernels {
     TwoRowsKernel cellsRounded;
     TwoRowsKernel cellsTruncated;
 };
+
+// Asks for the cache lines of a row read soon, where rows are skipped and the
+// processor's own prefetching does not follow (a hint only, in any build).
+inline void prefetchRow(const Kel8u* row, int bytes)
+{
+    for (int at = 0; at < bytes; at += 64) __builtin_prefetch(row + at);
+}
 
 // The kernels of the fastest target this processor runs, chosen once per
 // call; null in a build without SIMD, where the scalar kernels do it all.
