@@ -96,6 +96,7 @@ template <class DI32>
 struct PairLanes {
     hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
     hn::Vec<DI32> firstHigh, secondHigh, lumaEven, lumaOdd;
+    hn::Vec<hn::Repartition<std::int16_t, DI32>> lumaLanes, evenWeight, oddWeight;
 };
 
 // One channel of a vector of pixels, 16-bit results in pixel order.  The
@@ -105,14 +106,21 @@ struct PairLanes {
 // every sum inside 32 bits, so S is the scalar kernel's sum exactly and the
 // upper half its floor shift; the result lies within -600..600, and the pack
 // saturates it as the scalar clamp does.
-template <const PairWeights& P, class DI32>
+template <const PairWeights& P, bool FoldLuma, class DI32>
 HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, const PairLanes<DI32>& lanes)
 {
     const hn::Repartition<std::int16_t, DI32> di16;
     const hn::Repartition<std::uint32_t, DI32> du32;
     const auto lows = mulAdd(di32, lanes.pairs, hn::BitCast(di16, hn::Set(di32, P.low)), hn::Set(di32, P.offset));
     const auto term = addMultiple<P.secondHigh>(addMultiple<P.firstHigh>(lows, lanes.firstHigh), lanes.secondHigh);
-    const auto even = hn::Add(term, lanes.lumaEven), odd = hn::Add(term, lanes.lumaOdd);
+    hn::Vec<DI32> even, odd;
+    if constexpr (FoldLuma) {
+        even = mulAdd(di32, lanes.lumaLanes, lanes.evenWeight, term);
+        odd = mulAdd(di32, lanes.lumaLanes, lanes.oddWeight, term);
+    } else {
+        even = hn::Add(term, lanes.lumaEven);
+        odd = hn::Add(term, lanes.lumaOdd);
+    }
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     // One two-vector word permute takes the upper halves: pixel 2c from the
     // even sums' lane c, pixel 2c + 1 from the odd sums'.
@@ -329,6 +337,10 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
     const hn::Repartition<std::int32_t, decltype(du8)> di32;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step: two source vectors of two bytes a pixel
+    // Where a multiply-add with accumulation is one instruction (AVX3_DL) and
+    // the luma weight is one 16-bit multiplier, each pixel's luma product is
+    // added straight into its channel's sum rather than formed once and added.
+    constexpr bool kFoldLuma = HWY_TARGET == HWY_AVX3_DL && LumaSplit<K.luma>::kQuarter;
 
     // One source vector to the channels' 16-bit results.
     struct Channels {
@@ -344,8 +356,11 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
         const auto lumaLanes = hn::BitCast(di16, Split::kQuarter ? hn::ShiftLeft<2>(lumaWords) : lumaWords);
         const auto evenWeight = hn::BitCast(di16, hn::Set(di32, weightPair(Split::kWeight, 0)));
         const auto oddWeight = hn::BitCast(di16, hn::Set(di32, weightPair(0, Split::kWeight)));
-        auto lumaEven = mulAdd(di32, lumaLanes, evenWeight, hn::Zero(di32));
-        auto lumaOdd = mulAdd(di32, lumaLanes, oddWeight, hn::Zero(di32));
+        auto lumaEven = hn::Zero(di32), lumaOdd = hn::Zero(di32);
+        if constexpr (!kFoldLuma) {
+            lumaEven = mulAdd(di32, lumaLanes, evenWeight, lumaEven);
+            lumaOdd = mulAdd(di32, lumaLanes, oddWeight, lumaOdd);
+        }
         if constexpr (!Split::kQuarter) {  // 65536 * Y: the sample moved to the upper half
             const auto words32 = hn::BitCast(du32, lumaWords);
             lumaEven = hn::Add(lumaEven, hn::BitCast(di32, hn::ShiftLeft<16>(words32)));
@@ -354,9 +369,9 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
         const auto pairs32 = hn::BitCast(du32, pairs);
         const PairLanes<std::remove_const_t<decltype(di32)>> shared{pairs, hn::BitCast(di32, hn::ShiftLeft<16>(pairs32)),
                                                hn::BitCast(di32, hn::And(pairs32, hn::Set(du32, 0xFFFF0000u))),
-                                               lumaEven, lumaOdd};
-        return Channels{channel422<kRed>(di32, shared), channel422<kGreen>(di32, shared),
-                        channel422<kBlue>(di32, shared)};
+                                               lumaEven, lumaOdd, lumaLanes, evenWeight, oddWeight};
+        return Channels{channel422<kRed, kFoldLuma>(di32, shared), channel422<kGreen, kFoldLuma>(di32, shared),
+                        channel422<kBlue, kFoldLuma>(di32, shared)};
     };
 
     const int vectorEnd = width & 1 ? width - 3 : width;
