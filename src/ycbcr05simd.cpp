@@ -96,7 +96,7 @@ template <class DI32>
 struct PairLanes {
     hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
     hn::Vec<DI32> firstHigh, secondHigh, lumaEven, lumaOdd;
-    hn::Vec<hn::Repartition<std::int16_t, DI32>> lumaLanes, evenWeight, oddWeight;
+    hn::Vec<hn::Repartition<std::int16_t, DI32>> lumaLanes, evenWeight, oddWeight, lumaWords;
 };
 
 // One channel of a vector of pixels, 16-bit results in pixel order.  The
@@ -105,8 +105,11 @@ struct PairLanes {
 // and S >> 16 is S's upper half.  Every product is below 2^25 in size and
 // every sum inside 32 bits, so S is the scalar kernel's sum exactly and the
 // upper half its floor shift; the result lies within -600..600, and the pack
-// saturates it as the scalar clamp does.
-template <const PairWeights& P, bool FoldLuma, class DI32>
+// saturates it as the scalar clamp does.  With FoldLuma each pixel's luma
+// product is multiply-added into its own sum, and a luma weight of 65536 plus
+// a 16-bit rest leaves 65536 * Y out of the sums, to be added to their upper
+// halves as Y itself: (S + 65536 * Y) >> 16 = (S >> 16) + Y exactly.
+template <const PairWeights& P, bool FoldLuma, bool LumaAfter, class DI32>
 HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, const PairLanes<DI32>& lanes)
 {
     const hn::Repartition<std::int16_t, DI32> di16;
@@ -126,8 +129,11 @@ HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, co
     // even sums' lane c, pixel 2c + 1 from the odd sums'.
     (void)du32;
     const __m512i upperHalves = _mm512_load_si512(kUpperHalves);
-    return hn::Vec<decltype(di16)>{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+    const hn::Vec<decltype(di16)> upper{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+    if constexpr (LumaAfter) return hn::Add(upper, lanes.lumaWords);
+    return upper;
 #else
+    static_assert(!LumaAfter, "the luma after the sums only on AVX-512");
     const auto evenHigh = hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even)));
     return hn::OddEven(hn::BitCast(di16, odd), evenHigh);
 #endif
@@ -337,10 +343,12 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
     const hn::Repartition<std::int32_t, decltype(du8)> di32;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step: two source vectors of two bytes a pixel
-    // Where a multiply-add with accumulation is one instruction (AVX3_DL) and
-    // the luma weight is one 16-bit multiplier, each pixel's luma product is
-    // added straight into its channel's sum rather than formed once and added.
-    constexpr bool kFoldLuma = HWY_TARGET == HWY_AVX3_DL && LumaSplit<K.luma>::kQuarter;
+    // Where a multiply-add with accumulation is one instruction (AVX3_DL),
+    // each pixel's luma product is added straight into its channel's sum
+    // rather than formed once and added; 65536 * Y of a luma weight that is
+    // not four times a 16-bit one then comes after the sums (channel422).
+    constexpr bool kFoldLuma = HWY_TARGET == HWY_AVX3_DL;
+    constexpr bool kLumaAfter = kFoldLuma && !LumaSplit<K.luma>::kQuarter;
 
     // One source vector to the channels' 16-bit results.
     struct Channels {
@@ -361,7 +369,7 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
             lumaEven = mulAdd(di32, lumaLanes, evenWeight, lumaEven);
             lumaOdd = mulAdd(di32, lumaLanes, oddWeight, lumaOdd);
         }
-        if constexpr (!Split::kQuarter) {  // 65536 * Y: the sample moved to the upper half
+        if constexpr (!Split::kQuarter && !kFoldLuma) {  // 65536 * Y: the sample moved to the upper half
             const auto words32 = hn::BitCast(du32, lumaWords);
             lumaEven = hn::Add(lumaEven, hn::BitCast(di32, hn::ShiftLeft<16>(words32)));
             lumaOdd = hn::Add(lumaOdd, hn::BitCast(di32, hn::And(words32, hn::Set(du32, 0xFFFF0000u))));
@@ -369,9 +377,11 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
         const auto pairs32 = hn::BitCast(du32, pairs);
         const PairLanes<std::remove_const_t<decltype(di32)>> shared{pairs, hn::BitCast(di32, hn::ShiftLeft<16>(pairs32)),
                                                hn::BitCast(di32, hn::And(pairs32, hn::Set(du32, 0xFFFF0000u))),
-                                               lumaEven, lumaOdd, lumaLanes, evenWeight, oddWeight};
-        return Channels{channel422<kRed, kFoldLuma>(di32, shared), channel422<kGreen, kFoldLuma>(di32, shared),
-                        channel422<kBlue, kFoldLuma>(di32, shared)};
+                                               lumaEven, lumaOdd, lumaLanes, evenWeight, oddWeight,
+                                               hn::BitCast(di16, lumaWords)};
+        return Channels{channel422<kRed, kFoldLuma, kLumaAfter>(di32, shared),
+                        channel422<kGreen, kFoldLuma, kLumaAfter>(di32, shared),
+                        channel422<kBlue, kFoldLuma, kLumaAfter>(di32, shared)};
     };
 
     const int vectorEnd = width & 1 ? width - 3 : width;
