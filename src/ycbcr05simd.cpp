@@ -468,11 +468,48 @@ void pixelRowYCrCb422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int widt
 
 // ---- planar sources, one pixel at a time ---------------------------------------------------------
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Four-byte pixels from byte vectors in pixel order by VBMI byte permutes:
+// `pairs[t]` interleaves two channels' pixels 32t..32t+31 into 16-bit pairs,
+// `pixels[h]` then takes 16 pixels, the half h of 32, from a (B, G) and an
+// (R, alpha) pair vector.
+struct PixelBGRATables {
+    alignas(64) std::uint8_t pairs[2][64];
+    alignas(64) std::uint8_t pixels[2][64];
+};
+constexpr PixelBGRATables makePixelBGRATables()
+{
+    PixelBGRATables t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            t.pairs[k][j] = static_cast<std::uint8_t>((j % 2 ? 64 : 0) + 32 * k + j / 2);
+            const int pixel = 16 * k + j / 4, channel = j % 4;
+            t.pixels[k][j] = static_cast<std::uint8_t>((channel >= 2 ? 64 : 0) + 2 * pixel + channel % 2);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr PixelBGRATables kPixelBGRA = makePixelBGRATables();
+#endif
+
 // B, G, R and alpha vectors in pixel order stored as four-byte pixels.
 template <class DU8>
 HWY_INLINE void storePixelsBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec<DU8> r, Kel8u alpha, Kel8u* dst)
 {
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i alphas = _mm512_set1_epi8(static_cast<char>(alpha));
+    for (int t = 0; t < 2; ++t) {
+        const __m512i pairs = _mm512_load_si512(kPixelBGRA.pairs[t]);
+        const __m512i bg = _mm512_permutex2var_epi8(b.raw, pairs, g.raw);
+        const __m512i ra = _mm512_permutex2var_epi8(r.raw, pairs, alphas);
+        _mm512_storeu_si512(dst + 128 * t, _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[0]), ra));
+        _mm512_storeu_si512(dst + 128 * t + 64,
+                            _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[1]), ra));
+    }
+#else
     hn::StoreInterleaved4(b, g, r, hn::Set(du8, alpha), du8, dst);
+#endif
 }
 
 // Three channel vectors in pixel order stored in the member's layout: three
