@@ -91,7 +91,10 @@ inline constexpr const std::uint16_t* kUpperHalves = kUpperHalfTable.index;
 // What the three channels of a source vector share: cell c (32-bit lane c)
 // holds the pixels 2c and 2c + 1 in its 16-bit halves; `pairs` its two chroma
 // bytes in 16-bit halves, `firstHigh` and `secondHigh` each of them times
-// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels.
+// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels (zero
+// where channel422 folds the luma in); `lumaLanes` the pixels' luma samples
+// for the luma weight of LumaSplit, in 16-bit halves, with `evenWeight` and
+// `oddWeight` that weight in the half of one pixel; `lumaWords` Y itself.
 template <class DI32>
 struct PairLanes {
     hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
