@@ -91,11 +91,15 @@ inline constexpr const std::uint16_t* kUpperHalves = kUpperHalfTable.index;
 // What the three channels of a source vector share: cell c (32-bit lane c)
 // holds the pixels 2c and 2c + 1 in its 16-bit halves; `pairs` its two chroma
 // bytes in 16-bit halves, `firstHigh` and `secondHigh` each of them times
-// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels.
+// 65536, `lumaEven` and `lumaOdd` luma * Y of the cell's two pixels (zero
+// where channel422 folds the luma in); `lumaLanes` the pixels' luma samples
+// for the luma weight of LumaSplit, in 16-bit halves, with `evenWeight` and
+// `oddWeight` that weight in the half of one pixel; `lumaWords` Y itself.
 template <class DI32>
 struct PairLanes {
     hn::Vec<hn::Repartition<std::int16_t, DI32>> pairs;
     hn::Vec<DI32> firstHigh, secondHigh, lumaEven, lumaOdd;
+    hn::Vec<hn::Repartition<std::int16_t, DI32>> lumaLanes, evenWeight, oddWeight, lumaWords;
 };
 
 // One channel of a vector of pixels, 16-bit results in pixel order.  The
@@ -104,22 +108,35 @@ struct PairLanes {
 // and S >> 16 is S's upper half.  Every product is below 2^25 in size and
 // every sum inside 32 bits, so S is the scalar kernel's sum exactly and the
 // upper half its floor shift; the result lies within -600..600, and the pack
-// saturates it as the scalar clamp does.
-template <const PairWeights& P, class DI32>
+// saturates it as the scalar clamp does.  With FoldLuma each pixel's luma
+// product is multiply-added into its own sum, and a luma weight of 65536 plus
+// a 16-bit rest leaves 65536 * Y out of the sums, to be added to their upper
+// halves as Y itself: (S + 65536 * Y) >> 16 = (S >> 16) + Y exactly.
+template <const PairWeights& P, bool FoldLuma, bool LumaAfter, class DI32>
 HWY_INLINE hn::Vec<hn::Repartition<std::int16_t, DI32>> channel422(DI32 di32, const PairLanes<DI32>& lanes)
 {
     const hn::Repartition<std::int16_t, DI32> di16;
     const hn::Repartition<std::uint32_t, DI32> du32;
     const auto lows = mulAdd(di32, lanes.pairs, hn::BitCast(di16, hn::Set(di32, P.low)), hn::Set(di32, P.offset));
     const auto term = addMultiple<P.secondHigh>(addMultiple<P.firstHigh>(lows, lanes.firstHigh), lanes.secondHigh);
-    const auto even = hn::Add(term, lanes.lumaEven), odd = hn::Add(term, lanes.lumaOdd);
+    hn::Vec<DI32> even, odd;
+    if constexpr (FoldLuma) {
+        even = mulAdd(di32, lanes.lumaLanes, lanes.evenWeight, term);
+        odd = mulAdd(di32, lanes.lumaLanes, lanes.oddWeight, term);
+    } else {
+        even = hn::Add(term, lanes.lumaEven);
+        odd = hn::Add(term, lanes.lumaOdd);
+    }
 #if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
     // One two-vector word permute takes the upper halves: pixel 2c from the
     // even sums' lane c, pixel 2c + 1 from the odd sums'.
     (void)du32;
     const __m512i upperHalves = _mm512_load_si512(kUpperHalves);
-    return hn::Vec<decltype(di16)>{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+    const hn::Vec<decltype(di16)> upper{_mm512_permutex2var_epi16(even.raw, upperHalves, odd.raw)};
+    if constexpr (LumaAfter) return hn::Add(upper, lanes.lumaWords);
+    return upper;
 #else
+    static_assert(!LumaAfter, "the luma after the sums only on AVX-512");
     const auto evenHigh = hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even)));
     return hn::OddEven(hn::BitCast(di16, odd), evenHigh);
 #endif
@@ -329,6 +346,12 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
     const hn::Repartition<std::int32_t, decltype(du8)> di32;
     const hn::Repartition<std::int16_t, decltype(du8)> di16;
     const int step = static_cast<int>(hn::Lanes(du8));  // pixels a step: two source vectors of two bytes a pixel
+    // Where a multiply-add with accumulation is one instruction (AVX3_DL),
+    // each pixel's luma product is added straight into its channel's sum
+    // rather than formed once and added; 65536 * Y of a luma weight that is
+    // not four times a 16-bit one then comes after the sums (channel422).
+    constexpr bool kFoldLuma = HWY_TARGET == HWY_AVX3_DL;
+    constexpr bool kLumaAfter = kFoldLuma && !LumaSplit<K.luma>::kQuarter;
 
     // One source vector to the channels' 16-bit results.
     struct Channels {
@@ -344,9 +367,12 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
         const auto lumaLanes = hn::BitCast(di16, Split::kQuarter ? hn::ShiftLeft<2>(lumaWords) : lumaWords);
         const auto evenWeight = hn::BitCast(di16, hn::Set(di32, weightPair(Split::kWeight, 0)));
         const auto oddWeight = hn::BitCast(di16, hn::Set(di32, weightPair(0, Split::kWeight)));
-        auto lumaEven = mulAdd(di32, lumaLanes, evenWeight, hn::Zero(di32));
-        auto lumaOdd = mulAdd(di32, lumaLanes, oddWeight, hn::Zero(di32));
-        if constexpr (!Split::kQuarter) {  // 65536 * Y: the sample moved to the upper half
+        auto lumaEven = hn::Zero(di32), lumaOdd = hn::Zero(di32);
+        if constexpr (!kFoldLuma) {
+            lumaEven = mulAdd(di32, lumaLanes, evenWeight, lumaEven);
+            lumaOdd = mulAdd(di32, lumaLanes, oddWeight, lumaOdd);
+        }
+        if constexpr (!Split::kQuarter && !kFoldLuma) {  // 65536 * Y: the sample moved to the upper half
             const auto words32 = hn::BitCast(du32, lumaWords);
             lumaEven = hn::Add(lumaEven, hn::BitCast(di32, hn::ShiftLeft<16>(words32)));
             lumaOdd = hn::Add(lumaOdd, hn::BitCast(di32, hn::And(words32, hn::Set(du32, 0xFFFF0000u))));
@@ -354,9 +380,11 @@ HWY_INLINE int pairs422(const Kel8u* HWY_RESTRICT src, Dst dst, int width, Kel8u
         const auto pairs32 = hn::BitCast(du32, pairs);
         const PairLanes<std::remove_const_t<decltype(di32)>> shared{pairs, hn::BitCast(di32, hn::ShiftLeft<16>(pairs32)),
                                                hn::BitCast(di32, hn::And(pairs32, hn::Set(du32, 0xFFFF0000u))),
-                                               lumaEven, lumaOdd};
-        return Channels{channel422<kRed>(di32, shared), channel422<kGreen>(di32, shared),
-                        channel422<kBlue>(di32, shared)};
+                                               lumaEven, lumaOdd, lumaLanes, evenWeight, oddWeight,
+                                               hn::BitCast(di16, lumaWords)};
+        return Channels{channel422<kRed, kFoldLuma, kLumaAfter>(di32, shared),
+                        channel422<kGreen, kFoldLuma, kLumaAfter>(di32, shared),
+                        channel422<kBlue, kFoldLuma, kLumaAfter>(di32, shared)};
     };
 
     const int vectorEnd = width & 1 ? width - 3 : width;
@@ -443,11 +471,48 @@ void pixelRowYCrCb422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int widt
 
 // ---- planar sources, one pixel at a time ---------------------------------------------------------
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Four-byte pixels from byte vectors in pixel order by VBMI byte permutes:
+// `pairs[t]` interleaves two channels' pixels 32t..32t+31 into 16-bit pairs,
+// `pixels[h]` then takes 16 pixels, the half h of 32, from a (B, G) and an
+// (R, alpha) pair vector.
+struct PixelBGRATables {
+    alignas(64) std::uint8_t pairs[2][64];
+    alignas(64) std::uint8_t pixels[2][64];
+};
+constexpr PixelBGRATables makePixelBGRATables()
+{
+    PixelBGRATables t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            t.pairs[k][j] = static_cast<std::uint8_t>((j % 2 ? 64 : 0) + 32 * k + j / 2);
+            const int pixel = 16 * k + j / 4, channel = j % 4;
+            t.pixels[k][j] = static_cast<std::uint8_t>((channel >= 2 ? 64 : 0) + 2 * pixel + channel % 2);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr PixelBGRATables kPixelBGRA = makePixelBGRATables();
+#endif
+
 // B, G, R and alpha vectors in pixel order stored as four-byte pixels.
 template <class DU8>
 HWY_INLINE void storePixelsBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec<DU8> r, Kel8u alpha, Kel8u* dst)
 {
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i alphas = _mm512_set1_epi8(static_cast<char>(alpha));
+    for (int t = 0; t < 2; ++t) {
+        const __m512i pairs = _mm512_load_si512(kPixelBGRA.pairs[t]);
+        const __m512i bg = _mm512_permutex2var_epi8(b.raw, pairs, g.raw);
+        const __m512i ra = _mm512_permutex2var_epi8(r.raw, pairs, alphas);
+        _mm512_storeu_si512(dst + 128 * t, _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[0]), ra));
+        _mm512_storeu_si512(dst + 128 * t + 64,
+                            _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[1]), ra));
+    }
+#else
     hn::StoreInterleaved4(b, g, r, hn::Set(du8, alpha), du8, dst);
+#endif
 }
 
 // Three channel vectors in pixel order stored in the member's layout: three
@@ -477,6 +542,20 @@ HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT c
         storePixels<O, Pitch>(du8, r, g, b, alpha, dst + Pitch * x);
     }
     return x;
+}
+
+// channelSum, with the carry added under the comparison's mask on AVX-512
+// rather than made a vector and subtracted: the same sum.
+template <class DI16>
+HWY_INLINE hn::Vec<DI16> pixelSum(DI16 di16, const LumaTerm<DI16>& luma, const CellTerm<DI16>& cell)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    const __m512i sum = _mm512_add_epi16(luma.high.raw, cell.high.raw);
+    const __mmask32 carry = _mm512_cmpgt_epi16_mask(luma.lowFlipped.raw, cell.carryBound.raw);
+    return hn::Vec<DI16>{_mm512_mask_sub_epi16(sum, carry, sum, _mm512_set1_epi16(-1))};
+#else
+    return channelSum(di16, luma, cell);
+#endif
 }
 
 // Rows of luma sharing one chroma row (two in 4:2:0, one in planar 4:2:2 and
@@ -537,7 +616,7 @@ HWY_INLINE int cellRows(const Kel8u* const luma[Rows], Kel8u* const dst[Rows], c
             const auto first = lumaTerm<K.luma>(du16, hn::ZipLower(du16, lumaBytes, zero));
             const auto second = lumaTerm<K.luma>(du16, hn::ZipUpper(du16, lumaBytes, zero));
             const auto channel = [&](const auto& cellFirst, const auto& cellSecond) {
-                return packBytes(du8, channelSum(di16, first, cellFirst), channelSum(di16, second, cellSecond));
+                return packBytes(du8, pixelSum(di16, first, cellFirst), pixelSum(di16, second, cellSecond));
             };
             storePixels<O, Pitch>(du8, channel(redFirst, redSecond), channel(greenFirst, greenSecond),
                                   channel(blueFirst, blueSecond), alpha, dst[row] + Pitch * x);
