@@ -239,20 +239,34 @@ HWY_INLINE void storeChannels3(DU8 du8, VI16 c0a, VI16 c0b, VI16 c1a, VI16 c1b, 
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
-// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) and
-// (R, alpha) of 32 pixels hold every byte of their 128 output bytes, so each
-// 64-byte output takes one two-vector byte permute.
+// The bytes of four-byte pixels that a permute fills: B, G, R, not alpha.
+inline constexpr __mmask64 kColourBytes = 0x7777777777777777ull;
+
+// A permute table with the alpha in the bytes kColourBytes leaves out, which
+// the masked permute keeps as they are.
+HWY_INLINE __m512i withAlpha(const std::uint8_t* table, Kel8u alpha)
+{
+    return _mm512_mask_blend_epi8(kColourBytes, _mm512_set1_epi8(static_cast<char>(alpha)), _mm512_load_si512(table));
+}
+
+// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) of
+// the 32 pixels of one source vector and the pack of R of both hold every
+// colour byte of the 128 output bytes, so each 64-byte output takes one
+// two-vector byte permute, the alpha bytes kept from the table.
 struct FourChannelTables {
-    alignas(64) std::uint8_t index[2][64];  // outputs of pixels 0..15 and 16..31
+    alignas(64) std::uint8_t index[2][2][64];  // source vector s, outputs of its pixels 0..15 and 16..31
 };
 constexpr FourChannelTables makeFourChannelTables()
 {
     FourChannelTables t{};
-    for (int k = 0; k < 2; ++k) {
-        for (int j = 0; j < 64; ++j) {
-            const int pixel = 16 * k + j / 4, channel = j % 4;
-            const int packed = 16 * (pixel / 8) + pixel % 8 + (channel % 2 ? 8 : 0);  // second operand 8 on
-            t.index[k][j] = static_cast<std::uint8_t>(channel >= 2 ? 64 + packed : packed);
+    for (int s = 0; s < 2; ++s) {
+        for (int k = 0; k < 2; ++k) {
+            for (int j = 0; j < 64; ++j) {
+                const int pixel = 16 * k + j / 4, channel = j % 4;
+                const int packed = 16 * (pixel / 8) + pixel % 8;  // the pack's second operand 8 on
+                t.index[s][k][j] = static_cast<std::uint8_t>(channel == 2 ? 64 + packed + 8 * s
+                                                                          : packed + 8 * channel);
+            }
         }
     }
     return t;
@@ -309,14 +323,16 @@ HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, V
 {
 #if HWY_TARGET == HWY_AVX3_DL
     (void)du8;
-    const __m512i alphas = _mm512_set1_epi16(alpha);
-    const __m512i first = _mm512_load_si512(kFourChannel.index[0]), second = _mm512_load_si512(kFourChannel.index[1]);
-    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), raA = _mm512_packus_epi16(ra.raw, alphas);
-    const __m512i bgB = _mm512_packus_epi16(bb.raw, gb.raw), raB = _mm512_packus_epi16(rb.raw, alphas);
-    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(bgA, first, raA));
-    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(bgA, second, raA));
-    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(bgB, first, raB));
-    _mm512_storeu_si512(dst + 192, _mm512_permutex2var_epi8(bgB, second, raB));
+    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), bgB = _mm512_packus_epi16(bb.raw, gb.raw);
+    const __m512i reds = _mm512_packus_epi16(ra.raw, rb.raw);
+    const auto put = [&](int s, int k, __m512i bg, Kel8u* out) {
+        _mm512_storeu_si512(out, _mm512_mask2_permutex2var_epi8(bg, withAlpha(kFourChannel.index[s][k], alpha),
+                                                                kColourBytes, reds));
+    };
+    put(0, 0, bgA, dst);
+    put(0, 1, bgA, dst + 64);
+    put(1, 0, bgB, dst + 128);
+    put(1, 1, bgB, dst + 192);
 #else
     storePackedBGRA(du8, packBytes(du8, ba, bb), packBytes(du8, ga, gb), packBytes(du8, ra, rb), hn::Set(du8, alpha),
                     dst);
@@ -473,21 +489,23 @@ void pixelRowYCrCb422ToRGBPlanes(const Kel8u* src, Kel8u* const dst[3], int widt
 
 #if HWY_TARGET == HWY_AVX3_DL
 // Four-byte pixels from byte vectors in pixel order by VBMI byte permutes:
-// `pairs[t]` interleaves two channels' pixels 32t..32t+31 into 16-bit pairs,
-// `pixels[h]` then takes 16 pixels, the half h of 32, from a (B, G) and an
-// (R, alpha) pair vector.
+// `pairs[t]` interleaves B and G of pixels 32t..32t+31 into 16-bit pairs,
+// `pixels[t][h]` then takes 16 pixels, the half h of those 32, from that
+// pair vector and R, the alpha bytes kept from the table (withAlpha).
 struct PixelBGRATables {
     alignas(64) std::uint8_t pairs[2][64];
-    alignas(64) std::uint8_t pixels[2][64];
+    alignas(64) std::uint8_t pixels[2][2][64];
 };
 constexpr PixelBGRATables makePixelBGRATables()
 {
     PixelBGRATables t{};
     for (int k = 0; k < 2; ++k) {
-        for (int j = 0; j < 64; ++j) {
-            t.pairs[k][j] = static_cast<std::uint8_t>((j % 2 ? 64 : 0) + 32 * k + j / 2);
-            const int pixel = 16 * k + j / 4, channel = j % 4;
-            t.pixels[k][j] = static_cast<std::uint8_t>((channel >= 2 ? 64 : 0) + 2 * pixel + channel % 2);
+        for (int j = 0; j < 64; ++j) t.pairs[k][j] = static_cast<std::uint8_t>((j % 2 ? 64 : 0) + 32 * k + j / 2);
+        for (int h = 0; h < 2; ++h) {
+            for (int j = 0; j < 64; ++j) {
+                const int pixel = 16 * h + j / 4, channel = j % 4;  // pixel of the 32
+                t.pixels[k][h][j] = static_cast<std::uint8_t>(channel == 2 ? 64 + 32 * k + pixel : 2 * pixel + channel % 2);
+            }
         }
     }
     return t;
@@ -501,14 +519,12 @@ HWY_INLINE void storePixelsBGRA(DU8 du8, hn::Vec<DU8> b, hn::Vec<DU8> g, hn::Vec
 {
 #if HWY_TARGET == HWY_AVX3_DL
     (void)du8;
-    const __m512i alphas = _mm512_set1_epi8(static_cast<char>(alpha));
     for (int t = 0; t < 2; ++t) {
-        const __m512i pairs = _mm512_load_si512(kPixelBGRA.pairs[t]);
-        const __m512i bg = _mm512_permutex2var_epi8(b.raw, pairs, g.raw);
-        const __m512i ra = _mm512_permutex2var_epi8(r.raw, pairs, alphas);
-        _mm512_storeu_si512(dst + 128 * t, _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[0]), ra));
-        _mm512_storeu_si512(dst + 128 * t + 64,
-                            _mm512_permutex2var_epi8(bg, _mm512_load_si512(kPixelBGRA.pixels[1]), ra));
+        const __m512i bg = _mm512_permutex2var_epi8(b.raw, _mm512_load_si512(kPixelBGRA.pairs[t]), g.raw);
+        for (int h = 0; h < 2; ++h) {
+            const __m512i pixels = withAlpha(kPixelBGRA.pixels[t][h], alpha);
+            _mm512_storeu_si512(dst + 128 * t + 64 * h, _mm512_mask2_permutex2var_epi8(bg, pixels, kColourBytes, r.raw));
+        }
     }
 #else
     hn::StoreInterleaved4(b, g, r, hn::Set(du8, alpha), du8, dst);
