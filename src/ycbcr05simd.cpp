@@ -542,6 +542,84 @@ HWY_INLINE void storePixels(DU8 du8, hn::Vec<DU8> r, hn::Vec<DU8> g, hn::Vec<DU8
     else storeInterleaved3(du8, b, g, r, dst);
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Word indices of the upper halves of two vectors of 32-bit sums in the
+// order of the x86 signed pack (block k: the first vector's lanes 4k..4k+3,
+// then the second's), so that one two-vector word permute does what two
+// arithmetic shifts and the pack do for sums whose upper halves fit 16 bits.
+struct PackedUpperHalfTable {
+    alignas(64) std::uint16_t index[32];
+};
+constexpr PackedUpperHalfTable makePackedUpperHalves()
+{
+    PackedUpperHalfTable t{};
+    for (int j = 0; j < 32; ++j) {
+        const int lane = 4 * (j / 8) + j % 4;
+        t.index[j] = static_cast<std::uint16_t>((j % 8 < 4 ? 0 : 32) + 2 * lane + 1);
+    }
+    return t;
+}
+alignas(64) constexpr PackedUpperHalfTable kPackedUpperHalves = makePackedUpperHalves();
+
+// YCbCrToRGB's sums on AVX3_DL, the same products and the same sums: each
+// multiply-add accumulates onto the rounding half (or onto the first
+// multiply-add for green) in one VNNI instruction, and the upper halves come
+// by one word permute.  They are floor(sum / 65536) as the arithmetic shift
+// gives them, and lie within -600..600, where the signed pack changes
+// nothing; the pack to bytes then saturates as before.
+template <const InverseYCbCr& K>
+struct FusedYCbCrToRGB {
+    using Plain = YCbCrToRGB<K>;
+
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V y, V cb, V cr, V& r, V& g, V& b)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const Halves<DI16> y16 = widenBytes(di16, y), cb16 = widenBytes(di16, cb), cr16 = widenBytes(di16, cr);
+        const auto sixteen = hn::Set(di16, 16), centre = hn::Set(di16, 128);
+        const auto rounding = hn::Set(di32, Plain::kRounding);
+        const __m512i packed = _mm512_load_si512(kPackedUpperHalves.index);
+        const auto weights = [&](std::int32_t pair) { return hn::BitCast(di16, hn::Set(di32, pair)); };
+        const auto upper = [&](hn::Vec<decltype(di32)> lower, hn::Vec<decltype(di32)> higher) {
+            return hn::Vec<DI16>{_mm512_permutex2var_epi16(lower.raw, packed, higher.raw)};
+        };
+        const auto half = [&](auto yh, auto cbh, auto crh, auto& rh, auto& gh, auto& bh) {
+            const auto above = hn::Sub(yh, sixteen);
+            const auto luma = Plain::kQuarter ? hn::ShiftLeft<2>(above) : above;
+            const auto dcb = hn::Sub(cbh, centre), dcr = hn::Sub(crh, centre);
+            const auto lumaCb = pairUp(di16, luma, dcb), lumaCr = pairUp(di16, luma, dcr);
+            const auto channel = [&](const Halves<DI16>& pairs, std::int32_t pair) {
+                const auto w = weights(pair);
+                return upper(mulAdd(di32, pairs.lower, w, rounding), mulAdd(di32, pairs.upper, w, rounding));
+            };
+            const auto red = channel(lumaCr, weightPair(Plain::kLumaWeight, lowPart(K.crToR)));
+            rh = addMultiple<Plain::kLumaHigh>(addMultiple<highPart(K.crToR)>(red, dcr), above);
+            const auto blue = channel(lumaCb, weightPair(Plain::kLumaWeight, lowPart(K.cbToB)));
+            bh = addMultiple<Plain::kLumaHigh>(addMultiple<highPart(K.cbToB)>(blue, dcb), above);
+            const auto cbWeights = weights(weightPair(Plain::kLumaWeight, lowPart(-K.cbToG)));
+            const auto crWeights = weights(weightPair(0, lowPart(-K.crToG)));
+            const auto green = upper(mulAdd(di32, lumaCr.lower, crWeights, mulAdd(di32, lumaCb.lower, cbWeights, rounding)),
+                                     mulAdd(di32, lumaCr.upper, crWeights, mulAdd(di32, lumaCb.upper, cbWeights, rounding)));
+            gh = addMultiple<Plain::kLumaHigh>(
+                addMultiple<highPart(-K.crToG)>(addMultiple<highPart(-K.cbToG)>(green, dcb), dcr), above);
+        };
+        hn::Vec<DI16> rLower, rUpper, gLower, gUpper, bLower, bUpper;
+        half(y16.lower, cb16.lower, cr16.lower, rLower, gLower, bLower);
+        half(y16.upper, cb16.upper, cr16.upper, rUpper, gUpper, bUpper);
+        r = packBytes(du8, rLower, rUpper);
+        g = packBytes(du8, gLower, gUpper);
+        b = packBytes(du8, bLower, bUpper);
+    }
+};
+template <const InverseYCbCr& K>
+using PlanarToRGB = FusedYCbCrToRGB<K>;
+#else
+template <const InverseYCbCr& K>
+using PlanarToRGB = YCbCrToRGB<K>;
+#endif
+
 // Full resolution: a luma row and its chroma rows, a vector of pixels a
 // step; see YCbCrToRGB for the sums.  Returns the pixels done, for the
 // scalar kernel to finish from there.
@@ -554,7 +632,7 @@ HWY_INLINE int planeRow(const Kel8u* HWY_RESTRICT y, const Kel8u* HWY_RESTRICT c
     int x = 0;
     for (; x + step <= width; x += step) {
         hn::Vec<decltype(du8)> r, g, b;
-        YCbCrToRGB<K>::convert(du8, hn::LoadU(du8, y + x), hn::LoadU(du8, cb + x), hn::LoadU(du8, cr + x), r, g, b);
+        PlanarToRGB<K>::convert(du8, hn::LoadU(du8, y + x), hn::LoadU(du8, cb + x), hn::LoadU(du8, cr + x), r, g, b);
         storePixels<O, Pitch>(du8, r, g, b, alpha, dst + Pitch * x);
     }
     return x;
@@ -689,9 +767,9 @@ HWY_INLINE int filteredRowPair(const Kel8u* HWY_RESTRICT yTop, const Kel8u* HWY_
     for (; x + step <= lastCellStart; x += step) {
         const auto cbs = filtered(cb + x / 2), crs = filtered(cr + x / 2);
         hn::Vec<decltype(du8)> r, g, b;
-        YCbCrToRGB<inverseF>::convert(du8, hn::LoadU(du8, yTop + x), cbs, crs, r, g, b);
+        PlanarToRGB<inverseF>::convert(du8, hn::LoadU(du8, yTop + x), cbs, crs, r, g, b);
         storePixels<O, Pitch>(du8, r, g, b, alpha, top + Pitch * x);
-        YCbCrToRGB<inverseF>::convert(du8, hn::LoadU(du8, yBottom + x), cbs, crs, r, g, b);
+        PlanarToRGB<inverseF>::convert(du8, hn::LoadU(du8, yBottom + x), cbs, crs, r, g, b);
         storePixels<O, Pitch>(du8, r, g, b, alpha, bottom + Pitch * x);
     }
     return x;
