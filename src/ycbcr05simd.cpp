@@ -652,6 +652,28 @@ HWY_INLINE hn::Vec<DI16> pixelSum(DI16 di16, const LumaTerm<DI16>& luma, const C
 #endif
 }
 
+// chromaTerm, on AVX3_DL as two VNNI multiply-adds: the low parts onto the
+// offset, then the high parts as (sample << 7) * (high * 512), which is
+// high * sample * 65536; both factors fit 16 bits (samples below 256, highs
+// within -2..2).  The sum is the same C, exact since C fits 32 bits and the
+// instruction's sums wrap rather than saturate.  `shifted` is `pairs` << 7.
+template <const ChromaWeights& W, class D32, class V16>
+HWY_INLINE hn::Vec<D32> cellChroma(D32 d32, V16 pairs, V16 shifted)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    static_assert(highPart(W.cb) * 512 < 32768 && highPart(W.cb) * 512 >= -32768 && highPart(W.cr) * 512 < 32768 &&
+                      highPart(W.cr) * 512 >= -32768,
+                  "high parts times 512 fit 16 bits");
+    const hn::Repartition<std::int16_t, D32> d16;
+    const auto lowWeights = hn::BitCast(d16, hn::Set(d32, weightPair(lowPart(W.cb), lowPart(W.cr))));
+    const auto highWeights = hn::BitCast(d16, hn::Set(d32, weightPair(512 * highPart(W.cb), 512 * highPart(W.cr))));
+    return mulAdd(d32, shifted, highWeights, mulAdd(d32, pairs, lowWeights, hn::Set(d32, W.offset)));
+#else
+    (void)shifted;
+    return chromaTerm<W>(d32, pairs);
+#endif
+}
+
 // Rows of luma sharing one chroma row (two in 4:2:0, one in planar 4:2:2 and
 // 4:1:1), a vector of luma bytes a step in each row: the step's cells (one
 // Cb and Cr each, a 32-bit lane for two pixels of each row) give three
@@ -697,13 +719,14 @@ HWY_INLINE int cellRows(const Kel8u* const luma[Rows], Kel8u* const dst[Rows], c
         const auto cr16 = cells(cr + x / Span);
         const auto pairsFirst = hn::BitCast(di16, hn::ZipLower(du32, cb16, cr16));
         const auto pairsSecond = hn::BitCast(di16, hn::ZipUpper(du32, cb16, cr16));
+        const auto shiftedFirst = hn::ShiftLeft<7>(pairsFirst), shiftedSecond = hn::ShiftLeft<7>(pairsSecond);
         const auto cell = [&](const auto term) { return cellTerm(di16, term, lowHalves, highHalves); };
-        const auto redFirst = cell(chromaTerm<kRedWeights<K>>(di32, pairsFirst));
-        const auto redSecond = cell(chromaTerm<kRedWeights<K>>(di32, pairsSecond));
-        const auto greenFirst = cell(chromaTerm<kGreenWeights<K>>(di32, pairsFirst));
-        const auto greenSecond = cell(chromaTerm<kGreenWeights<K>>(di32, pairsSecond));
-        const auto blueFirst = cell(chromaTerm<kBlueWeights<K>>(di32, pairsFirst));
-        const auto blueSecond = cell(chromaTerm<kBlueWeights<K>>(di32, pairsSecond));
+        const auto redFirst = cell(cellChroma<kRedWeights<K>>(di32, pairsFirst, shiftedFirst));
+        const auto redSecond = cell(cellChroma<kRedWeights<K>>(di32, pairsSecond, shiftedSecond));
+        const auto greenFirst = cell(cellChroma<kGreenWeights<K>>(di32, pairsFirst, shiftedFirst));
+        const auto greenSecond = cell(cellChroma<kGreenWeights<K>>(di32, pairsSecond, shiftedSecond));
+        const auto blueFirst = cell(cellChroma<kBlueWeights<K>>(di32, pairsFirst, shiftedFirst));
+        const auto blueSecond = cell(cellChroma<kBlueWeights<K>>(di32, pairsSecond, shiftedSecond));
 
         for (int row = 0; row < Rows; ++row) {
             const auto lumaBytes = hn::LoadU(du8, luma[row] + x);
