@@ -239,34 +239,20 @@ HWY_INLINE void storeChannels3(DU8 du8, VI16 c0a, VI16 c0b, VI16 c1a, VI16 c1b, 
 }
 
 #if HWY_TARGET == HWY_AVX3_DL
-// The bytes of four-byte pixels that a permute fills: B, G, R, not alpha.
-inline constexpr __mmask64 kColourBytes = 0x7777777777777777ull;
-
-// A permute table with the alpha in the bytes kColourBytes leaves out, which
-// the masked permute keeps as they are.
-HWY_INLINE __m512i withAlpha(const std::uint8_t* table, Kel8u alpha)
-{
-    return _mm512_mask_blend_epi8(kColourBytes, _mm512_set1_epi8(static_cast<char>(alpha)), _mm512_load_si512(table));
-}
-
-// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) of
-// the 32 pixels of one source vector and the pack of R of both hold every
-// colour byte of the 128 output bytes, so each 64-byte output takes one
-// two-vector byte permute, the alpha bytes kept from the table.
+// B, G, R, alpha pixels straight from 16-bit vectors: the packs (B, G) and
+// (R, alpha) of 32 pixels hold every byte of their 128 output bytes, so each
+// 64-byte output takes one two-vector byte permute.
 struct FourChannelTables {
-    alignas(64) std::uint8_t index[2][2][64];  // source vector s, outputs of its pixels 0..15 and 16..31
+    alignas(64) std::uint8_t index[2][64];  // outputs of pixels 0..15 and 16..31
 };
 constexpr FourChannelTables makeFourChannelTables()
 {
     FourChannelTables t{};
-    for (int s = 0; s < 2; ++s) {
-        for (int k = 0; k < 2; ++k) {
-            for (int j = 0; j < 64; ++j) {
-                const int pixel = 16 * k + j / 4, channel = j % 4;
-                const int packed = 16 * (pixel / 8) + pixel % 8;  // the pack's second operand 8 on
-                t.index[s][k][j] = static_cast<std::uint8_t>(channel == 2 ? 64 + packed + 8 * s
-                                                                          : packed + 8 * channel);
-            }
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            const int pixel = 16 * k + j / 4, channel = j % 4;
+            const int packed = 16 * (pixel / 8) + pixel % 8 + (channel % 2 ? 8 : 0);  // second operand 8 on
+            t.index[k][j] = static_cast<std::uint8_t>(channel >= 2 ? 64 + packed : packed);
         }
     }
     return t;
@@ -323,16 +309,14 @@ HWY_INLINE void storeChannelsBGRA(DU8 du8, VI16 ba, VI16 bb, VI16 ga, VI16 gb, V
 {
 #if HWY_TARGET == HWY_AVX3_DL
     (void)du8;
-    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), bgB = _mm512_packus_epi16(bb.raw, gb.raw);
-    const __m512i reds = _mm512_packus_epi16(ra.raw, rb.raw);
-    const auto put = [&](int s, int k, __m512i bg, Kel8u* out) {
-        _mm512_storeu_si512(out, _mm512_mask2_permutex2var_epi8(bg, withAlpha(kFourChannel.index[s][k], alpha),
-                                                                kColourBytes, reds));
-    };
-    put(0, 0, bgA, dst);
-    put(0, 1, bgA, dst + 64);
-    put(1, 0, bgB, dst + 128);
-    put(1, 1, bgB, dst + 192);
+    const __m512i alphas = _mm512_set1_epi16(alpha);
+    const __m512i first = _mm512_load_si512(kFourChannel.index[0]), second = _mm512_load_si512(kFourChannel.index[1]);
+    const __m512i bgA = _mm512_packus_epi16(ba.raw, ga.raw), raA = _mm512_packus_epi16(ra.raw, alphas);
+    const __m512i bgB = _mm512_packus_epi16(bb.raw, gb.raw), raB = _mm512_packus_epi16(rb.raw, alphas);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(bgA, first, raA));
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(bgA, second, raA));
+    _mm512_storeu_si512(dst + 128, _mm512_permutex2var_epi8(bgB, first, raB));
+    _mm512_storeu_si512(dst + 192, _mm512_permutex2var_epi8(bgB, second, raB));
 #else
     storePackedBGRA(du8, packBytes(du8, ba, bb), packBytes(du8, ga, gb), packBytes(du8, ra, rb), hn::Set(du8, alpha),
                     dst);
@@ -511,6 +495,16 @@ constexpr PixelBGRATables makePixelBGRATables()
     return t;
 }
 alignas(64) constexpr PixelBGRATables kPixelBGRA = makePixelBGRATables();
+
+// The bytes of four-byte pixels that a permute fills: B, G, R, not alpha.
+inline constexpr __mmask64 kColourBytes = 0x7777777777777777ull;
+
+// A permute table with the alpha in the bytes kColourBytes leaves out, which
+// the masked permute keeps as they are.
+HWY_INLINE __m512i withAlpha(const std::uint8_t* table, Kel8u alpha)
+{
+    return _mm512_mask_blend_epi8(kColourBytes, _mm512_set1_epi8(static_cast<char>(alpha)), _mm512_load_si512(table));
+}
 #endif
 
 // B, G, R and alpha vectors in pixel order stored as four-byte pixels.
