@@ -424,10 +424,12 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
 
 // A vector of bytes through the forward BT.709 table, exactly: on AVX3_DL two
 // VBMI permutes over the table's halves of 128 entries, the index's top bit
-// choosing between them; elsewhere sixteen lookups of 16 entries, each index
-// XOR the run's start, saturated up by 0x70, keeping its low nibble below
-// 0x80 for the run's own 16 indices and reaching 0x80 and above (a zero from
-// the lookup) for every other index.
+// choosing between them.  Elsewhere each half of 128 entries is eight runs of
+// 16, and a lookup of run k's entries XOR run k - 1's (run 0's as they are)
+// at i - 16k, i the index's low 7 bits, gives the change for i >= 16k (the
+// difference then 0..127, its low nibble i's place in its run) and a zero
+// for i < 16k (the difference wraps to 128 and above): the XOR of the eight
+// lookups is the entry i of the half.  The index's top bit picks the half.
 template <class DU8>
 HWY_INLINE hn::Vec<DU8> forwardGammaOf(DU8 du8, hn::Vec<DU8> index)
 {
@@ -439,14 +441,21 @@ HWY_INLINE hn::Vec<DU8> forwardGammaOf(DU8 du8, hn::Vec<DU8> index)
                                                   _mm512_loadu_si512(tableFwd8u + 192));
     return hn::Vec<DU8>{_mm512_mask_blend_epi8(_mm512_movepi8_mask(index.raw), low, high)};
 #else
-    const auto lift = hn::Set(du8, 0x70);
-    auto result = hn::Zero(du8);
-    for (int run = 0; run < 16; ++run) {
-        const auto entries = hn::LoadDup128(du8, tableFwd8u + 16 * run);
-        const auto inRun = hn::SaturatedAdd(hn::Xor(index, hn::Set(du8, static_cast<std::uint8_t>(16 * run))), lift);
-        result = hn::Or(result, hn::TableLookupBytesOr0(entries, inRun));
+    const hn::RebindToSigned<DU8> di8;
+    const auto low7 = hn::And(index, hn::Set(du8, 0x7F));
+    // Run k's 16 entries XOR run k - 1's (run 0's and run 8's as they are).
+    const auto changeAt = [&](int entry) {
+        const auto entries = hn::LoadDup128(du8, tableFwd8u + entry);
+        return entry % 128 == 0 ? entries : hn::Xor(entries, hn::LoadDup128(du8, tableFwd8u + entry - 16));
+    };
+    auto lower = hn::Zero(du8);
+    auto upper = hn::Zero(du8);
+    for (int run = 0; run < 8; ++run) {
+        const auto fromRun = hn::Sub(low7, hn::Set(du8, static_cast<std::uint8_t>(16 * run)));
+        lower = hn::Xor(lower, hn::TableLookupBytesOr0(changeAt(16 * run), fromRun));
+        upper = hn::Xor(upper, hn::TableLookupBytesOr0(changeAt(128 + 16 * run), fromRun));
     }
-    return result;
+    return hn::IfThenElse(hn::RebindMask(du8, hn::Lt(hn::BitCast(di8, index), hn::Zero(di8))), upper, lower);
 #endif
 }
 
