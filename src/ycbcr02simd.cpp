@@ -345,6 +345,23 @@ HWY_INLINE hn::Vec<DI32> pairBefore(DI32 di32, hn::Vec<DI32> v, hn::Vec<DI32> be
 #endif
 }
 
+// The sample pairs of one step's four groups of pixels: a source that loads a
+// whole step at once gives them by its `step`, any other group by group.
+template <class DI16>
+struct StepPairs {
+    SamplePairs<DI16> group0, group1, group2, group3;
+};
+template <class Source, class DI16>
+HWY_INLINE StepPairs<DI16> stepPairs(const Source& row, DI16 di16, int x, int group)
+{
+    if constexpr (requires { row.step(di16, x); }) {
+        return row.step(di16, x);
+    } else {
+        return {row.pairs(di16, x), row.pairs(di16, x + group), row.pairs(di16, x + 2 * group),
+                row.pairs(di16, x + 3 * group)};
+    }
+}
+
 // A row of CbYCr pairs by the three-tap filter, a vector of pixels a step in
 // four groups of one 32-bit lane a pixel.  Two multiply-add sums give each
 // pixel's differences, b(e) and r(o) in one vector and r(e) and b(o) in the
@@ -391,10 +408,7 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
             quarterBefore = quarter;
             return sum;
         };
-        const auto pairs0 = row.pairs(di16, x);
-        const auto pairs1 = row.pairs(di16, x + group);
-        const auto pairs2 = row.pairs(di16, x + 2 * group);
-        const auto pairs3 = row.pairs(di16, x + 3 * group);
+        const auto [pairs0, pairs1, pairs2, pairs3] = stepPairs(row, di16, x, group);
         const auto chroma0 = chromaOf(pairs0);
         const auto chroma1 = chromaOf(pairs1);
         const auto chroma2 = chromaOf(pairs2);
@@ -410,10 +424,12 @@ HWY_INLINE void filteredCbYCr(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT
 
 // A vector of bytes through the forward BT.709 table, exactly: on AVX3_DL two
 // VBMI permutes over the table's halves of 128 entries, the index's top bit
-// choosing between them; elsewhere sixteen lookups of 16 entries, each index
-// XOR the run's start, saturated up by 0x70, keeping its low nibble below
-// 0x80 for the run's own 16 indices and reaching 0x80 and above (a zero from
-// the lookup) for every other index.
+// choosing between them.  Elsewhere each half of 128 entries is eight runs of
+// 16, and a lookup of run k's entries XOR run k - 1's (run 0's as they are)
+// at i - 16k, i the index's low 7 bits, gives the change for i >= 16k (the
+// difference then 0..127, its low nibble i's place in its run) and a zero
+// for i < 16k (the difference wraps to 128 and above): the XOR of the eight
+// lookups is the entry i of the half.  The index's top bit picks the half.
 template <class DU8>
 HWY_INLINE hn::Vec<DU8> forwardGammaOf(DU8 du8, hn::Vec<DU8> index)
 {
@@ -425,14 +441,21 @@ HWY_INLINE hn::Vec<DU8> forwardGammaOf(DU8 du8, hn::Vec<DU8> index)
                                                   _mm512_loadu_si512(tableFwd8u + 192));
     return hn::Vec<DU8>{_mm512_mask_blend_epi8(_mm512_movepi8_mask(index.raw), low, high)};
 #else
-    const auto lift = hn::Set(du8, 0x70);
-    auto result = hn::Zero(du8);
-    for (int run = 0; run < 16; ++run) {
-        const auto entries = hn::LoadDup128(du8, tableFwd8u + 16 * run);
-        const auto inRun = hn::SaturatedAdd(hn::Xor(index, hn::Set(du8, static_cast<std::uint8_t>(16 * run))), lift);
-        result = hn::Or(result, hn::TableLookupBytesOr0(entries, inRun));
+    const hn::RebindToSigned<DU8> di8;
+    const auto low7 = hn::And(index, hn::Set(du8, 0x7F));
+    // Run k's 16 entries XOR run k - 1's (run 0's and run 8's as they are).
+    const auto changeAt = [&](int entry) {
+        const auto entries = hn::LoadDup128(du8, tableFwd8u + entry);
+        return entry % 128 == 0 ? entries : hn::Xor(entries, hn::LoadDup128(du8, tableFwd8u + entry - 16));
+    };
+    auto lower = hn::Zero(du8);
+    auto upper = hn::Zero(du8);
+    for (int run = 0; run < 8; ++run) {
+        const auto fromRun = hn::Sub(low7, hn::Set(du8, static_cast<std::uint8_t>(16 * run)));
+        lower = hn::Xor(lower, hn::TableLookupBytesOr0(changeAt(16 * run), fromRun));
+        upper = hn::Xor(upper, hn::TableLookupBytesOr0(changeAt(128 + 16 * run), fromRun));
     }
-    return result;
+    return hn::IfThenElse(hn::RebindMask(du8, hn::Lt(hn::BitCast(di8, index), hn::Zero(di8))), upper, lower);
 #endif
 }
 
@@ -449,23 +472,37 @@ void forwardGammaBytes(const Kel8u* HWY_RESTRICT src, Kel8u* HWY_RESTRICT dst, i
 // An RGB row whose samples go through the forward BT.709 table as they are
 // loaded (forwardGammaOf, exact), then pair up as PixelRowSource's do: the
 // same samples the buffer of mapped bytes would give, without the buffer.
+// A step of 64 pixels is its 192 bytes in three vectors, each mapped once;
+// group g's 48 bytes start at byte 48g, inside the two vectors 48g / 64 and
+// the next, so one two-source byte permute per pair picks them, its indices
+// the single-vector ones plus 48g mod 64 (at most 47 + 48, inside the two
+// sources' 128 bytes).  Reads only the pixels it converts.
 struct GammaRowSource {
     const Kel8u* row;
 
     template <class DU8>
-    bool fits(DU8 du8, int x, int step, int width) const
+    bool fits(DU8, int x, int step, int width) const
     {
-        return PixelRowSource<3, kRGB>{row}.fits(du8, x, step, width);
+        return x + step <= width;
     }
     template <class DI16>
-    SamplePairs<DI16> pairs(DI16 di16, int x) const
+    StepPairs<DI16> step(DI16, int x) const
     {
+        const Kel8u* bytes = row + 3 * x;
         const hn::Repartition<std::uint8_t, DI16> du8;
-        const __m512i bytes = forwardGammaOf(du8, hn::LoadU(du8, row + 3 * x)).raw;
-        const __mmask64 sampleBytes = 0x5555555555555555ull;  // bytes 0 and 2 of every 32-bit lane
-        const __m512i rg = _mm512_maskz_permutexvar_epi8(sampleBytes, _mm512_load_si512(kRedGreenIndex<3, kRGB>.index), bytes);
-        const __m512i gb = _mm512_maskz_permutexvar_epi8(sampleBytes, _mm512_load_si512(kGreenBlueIndex<3, kRGB>.index), bytes);
-        return {hn::Vec<DI16>{rg}, hn::Vec<DI16>{gb}};
+        const __m512i v0 = forwardGammaOf(du8, hn::LoadU(du8, bytes)).raw;
+        const __m512i v1 = forwardGammaOf(du8, hn::LoadU(du8, bytes + 64)).raw;
+        const __m512i v2 = forwardGammaOf(du8, hn::LoadU(du8, bytes + 128)).raw;
+        const __m512i redGreen = _mm512_load_si512(kRedGreenIndex<3, kRGB>.index);
+        const __m512i greenBlue = _mm512_load_si512(kGreenBlueIndex<3, kRGB>.index);
+        const auto pick = [&](__m512i low, __m512i high, int offset) {
+            const __mmask64 sampleBytes = 0x5555555555555555ull;  // bytes 0 and 2 of every 32-bit lane
+            const __m512i shift = _mm512_set1_epi8(static_cast<char>(offset));
+            return SamplePairs<DI16>{
+                hn::Vec<DI16>{_mm512_maskz_permutex2var_epi8(sampleBytes, low, _mm512_add_epi8(redGreen, shift), high)},
+                hn::Vec<DI16>{_mm512_maskz_permutex2var_epi8(sampleBytes, low, _mm512_add_epi8(greenBlue, shift), high)}};
+        };
+        return {pick(v0, v1, 0), pick(v0, v1, 48), pick(v1, v2, 32), pick(v2, v2, 16)};
     }
 };
 #endif
