@@ -49,6 +49,22 @@ HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
     return at;
 }
 
+// wholeSteps with the steps' stores lined up with the cache lines of `dst`
+// (the destination unit at 0, `unitBytes` bytes a unit): a first step at 0,
+// then steps from the first unit whose address is a multiple of 64, so that
+// no later store splits across two lines.  The first step overlaps the
+// second and writes the same bytes again, as wholeSteps' last step does.
+template <class Step>
+HWY_INLINE int lineSteps(int count, int step, int align, const Kel8u* dst, int unitBytes, const Step& body)
+{
+    constexpr int kLine = 64;
+    const int past = static_cast<int>(reinterpret_cast<std::uintptr_t>(dst) % kLine);
+    const int skip = past == 0 || (kLine - past) % unitBytes != 0 ? 0 : (kLine - past) / unitBytes / align * align;
+    if (skip == 0 || skip >= step || count < step + skip) return wholeSteps(count, step, align, body);
+    body(0);
+    return skip + wholeSteps(count - skip, step, align, [&](int at) { body(at + skip); });
+}
+
 // ---- chroma rows between planes and planes of pairs ------------------------------------------------
 
 // n consecutive samples of each component from source sample i.
@@ -102,14 +118,15 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
+    constexpr int kUnit = D == kChromaPairs ? 2 : 1;
     if constexpr (R == kSameColumns) {
-        return wholeSteps(samples, n, 1, [&](int k) {
+        return lineSteps(samples, n, 1, cb, kUnit, [&](int k) {
             VU8 vcb, vcr;
             loadChroma<S>(d, src.cb, src.cr, k, vcb, vcr);
             storeChroma<D>(d, cb, cr, k, vcb, vcr);
         });
     } else if constexpr (R == kEvenColumns || R == kOddColumns) {
-        return wholeSteps(samples, n, 1, [&](int k) {
+        return lineSteps(samples, n, 1, cb, kUnit, [&](int k) {
             VU8 cbLow, crLow, cbHigh, crHigh;
             loadChroma<S>(d, src.cb, src.cr, 2 * k, cbLow, crLow);
             loadChroma<S>(d, src.cb, src.cr, 2 * k + n, cbHigh, crHigh);
@@ -120,14 +137,14 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
             }
         });
     } else if constexpr (R == kDoubledColumns) {
-        return wholeSteps(samples, 2 * n, 2, [&](int k) {
+        return lineSteps(samples, 2 * n, 2, cb, kUnit, [&](int k) {
             VU8 vcb, vcr;
             loadChroma<S>(d, src.cb, src.cr, k / 2, vcb, vcr);
             storeAlternating<D>(d, cb, cr, k, vcb, vcr, vcb, vcr);
         });
     } else {
         static_assert(R == kUnstackedRows);
-        return wholeSteps(samples, 2 * n, 2, [&](int k) {
+        return lineSteps(samples, 2 * n, 2, cb, kUnit, [&](int k) {
             VU8 firstCb, firstCr, secondCb, secondCr;
             loadChroma<S>(d, src.cb, src.cr, k / 2, firstCb, firstCr);
             loadChroma<S>(d, src.nextCb, src.nextCr, k / 2, secondCb, secondCr);
