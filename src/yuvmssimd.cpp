@@ -25,6 +25,10 @@ namespace hn = hwy::HWY_NAMESPACE;
 using DU8 = hn::ScalableTag<std::uint8_t>;
 using VU8 = hn::Vec<DU8>;
 
+// Kernels are flattened: a step lambda left out of line reloads every
+// captured pointer after each store.
+#define KEL_KERNEL [[gnu::flatten]]
+
 // Every kernel here only moves bytes (loads, shuffles, stores) except the
 // averages of the resampling rows, which are written out where they are.
 // A kernel writes exactly the bytes the scalar kernel writes over the range
@@ -114,7 +118,7 @@ HWY_INLINE void storeAlternating(DU8 d, Kel8u* cb, Kel8u* cr, int k, VU8 firstCb
 // scalar rule reads: S[2k + 1] for the last sample of an even or odd step,
 // S[k / 2] for a doubling or unstacking step.
 template <Chroma S, Chroma D, Columns R>
-int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
+KEL_KERNEL int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
@@ -158,7 +162,7 @@ int chromaRow(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int samples)
 // odd-column step to the second, from the same loads.  A destination of Cb,
 // Cr pairs is given in `cb` and `oddCb`.
 template <Chroma S, Chroma D>
-int stackedColumns(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples)
+KEL_KERNEL int stackedColumns(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
@@ -196,7 +200,7 @@ HWY_INLINE VU8 everyOtherByte(DU8 d, VU8 high, VU8 low)
 // components.  n pixels a step for luma alone, 2n with every pair's chroma,
 // 4n where every other pair's chroma is kept (as 16-bit lanes, the even ones).
 template <PairOrder O, PairChroma PC>
-int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
+KEL_KERNEL int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
 {
     constexpr PairBytes B = kPairBytes<O>;
     constexpr bool lumaOdd = B.y0 == 1, cbFirst = B.cb < B.cr;
@@ -259,7 +263,7 @@ HWY_INLINE VU8 doubledBytes(DU16 du16, hn::Vec<DU16> samples)
 // A luma row and a chroma row to a row of pixel pairs, 2n pixels (n pairs)
 // a step; a doubled chroma row gives n / 2 samples a step.
 template <Chroma C, bool Doubled, PairOrder O>
-int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width)
+KEL_KERNEL int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width)
 {
     constexpr PairBytes B = kPairBytes<O>;
     const DU8 d;
@@ -299,7 +303,7 @@ HWY_INLINE VU8 evenSamples(DU8 d, const Kel8u* s, int n)
 }
 
 // even[k] = S[2k], odd[k] = (S[2k] + Below[2k]) >> 1, n samples a step.
-int oddRowsAveraged(const Kel8u* s, const Kel8u* below, Kel8u* even, Kel8u* odd, int samples)
+KEL_KERNEL int oddRowsAveraged(const Kel8u* s, const Kel8u* below, Kel8u* even, Kel8u* odd, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
@@ -313,7 +317,7 @@ int oddRowsAveraged(const Kel8u* s, const Kel8u* below, Kel8u* even, Kel8u* odd,
 // D[2k] = S[k], D[2k + 1] = (S[k] + S[k + 1]) >> 1: n source samples a step
 // while S[k + n] is still in the row (count samples - 1); the last sample, which is its own
 // right neighbour, is left to the scalar kernel.
-int oddColumnsAveraged(const Kel8u* s, Kel8u* dst, int samples)
+KEL_KERNEL int oddColumnsAveraged(const Kel8u* s, Kel8u* dst, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
@@ -324,7 +328,7 @@ int oddColumnsAveraged(const Kel8u* s, Kel8u* dst, int samples)
 }
 
 // D[k] = S[2k], n samples a step.
-int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
+KEL_KERNEL int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
@@ -344,7 +348,7 @@ int evenColumns(const Kel8u* s, Kel8u* dst, int samples)
 // (checked over every a, b, c, e).  Cells with k + 1 = samples are left to the
 // scalar kernel.
 template <bool RoundHalfUp>
-int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int samples)
+KEL_KERNEL int cells(const Kel8u* s, const Kel8u* below, Kel8u* top, Kel8u* bottom, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
