@@ -350,6 +350,96 @@ KEL_API KelResult keliYCbCr411ToBGR_8u_P3C4R(const Kel8u* const pSrc[3], const i
 KEL_API KelResult keliYCbCrToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliYCbCrToBGR_8u_P3C4R(const Kel8u* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
 
+/* ---- YCbCr and YUV to packed 16-bit RGB ---------------------------------- */
+/* One 16-bit word a pixel in native byte order, fields named from bit 0 up:
+   RGB565 is R in bits 0-4, G in 5-10, B in 11-15; BGR565 the other way round;
+   555 and 444 leave the bits above the fields 0.  Sources: 4:4:4 planes with
+   one stride, 4:2:2 and 4:2:0 planes with an array of three strides, 4:4:4
+   pixel order Y, Cb, Cr (C3R) and 4:2:2 pixel order Y0, Cb, Y1, Cr (C2C3R).
+   dstStep is in bytes (an odd one loses its low bit).  Odd sizes are
+   converted in full, with no warning: an odd last column or row takes the
+   chroma sample of the pair it starts; in 4:2:2 pixel order the last pixel of
+   an odd width takes Cr from the pair to its left, and a width of 1 uses its
+   Cb byte for both.  The YUV 4:2:0 members convert a single row or column too. */
+KEL_API KelResult keliYCbCr420ToBGR444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR444_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR555_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR565_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB444_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB555_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB565_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR444_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR444_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR555_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR565_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB444_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB444_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB555_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB555_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB565_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB565_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB444_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+/* With a 4 x 4 ordered dither, anchored at the region's top-left pixel (a
+   region split at a row that is not a multiple of 4 gets another pattern).
+   Every member uses the coarse 13-bit arithmetic, so the C3R and C2C3R
+   members can start from other colour values than their undithered twins;
+   in 4:2:2 pixel order the last pixel of an odd width uses its Cb byte for
+   both chroma values. */
+KEL_API KelResult keliYCbCr420ToBGR444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToBGR555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToBGR565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToRGB565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR444Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR555Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR565Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToBGR565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB444Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB555Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB565Dither_8u16u_C2C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToRGB565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR444Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR555Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR565Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToBGR565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB444Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB555Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB565Dither_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCrToRGB565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToBGR565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYUV420ToRGB565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+
 #ifdef __cplusplus
 }
 #endif
