@@ -318,50 +318,59 @@ constexpr std::int32_t weightPair(std::int32_t first, std::int32_t second)
                                       static_cast<std::uint32_t>(static_cast<std::uint16_t>(second)) << 16);
 }
 
-// One folded channel, sum = 76284 * Y + cb * Cb + cr * Cr + offset
-// (rgbxxxpx.h Folded), each coefficient split as 65536 * high + low:
-// sum = 65536 * H + L with H = Y + high(cb) Cb + high(cr) Cr + high(offset)
-// and L = 10748 Y + low(cb) Cb + low(cr) Cr + low(offset), all lows within
-// 16 bits signed.  L stays below 2^24 in size, so it is exact in 32 bits
-// (one pmaddwd for the pair's chroma, one for each pixel's luma), and
-// sum >> 16 = H + (L >> 16) exactly; H and the result, within -370..629,
-// are exact in 16 bits.
+// sum + a0 * b0 + a1 * b1 in each 32-bit lane.  AVX3_DL does it in one
+// AVX-512 VNNI instruction, written out in its EVEX form: Highway's AVX3_DL
+// target enables only the VEX form, which processors with AVX-512 VNNI may
+// lack (Zen 4 does).
+template <class DI32, class VI16>
+HWY_INLINE hn::Vec<DI32> mulAdd(DI32 di32, VI16 a, VI16 b, hn::Vec<DI32> sum)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    if constexpr (hn::MaxLanes(di32) == 16) {
+        __m512i acc = sum.raw;
+        asm("vpdpwssd %2, %1, %0" : "+v"(acc) : "v"(a.raw), "v"(b.raw));
+        return hn::Vec<DI32>{acc};
+    }
+#endif
+    return hn::Add(sum, pairProducts(di32, a, b));
+}
+
+// One folded channel (rgbxxxpx.h Folded), S = 76284 * Y + cb * Cb + cr * Cr
+// + offset, whole in 32 bits: |S| < 2^27.  Each pair's chroma part
+// offset + low(cb) Cb + low(cr) Cr + 65536 (high(cb) Cb + high(cr) Cr) is two
+// multiply-adds of 16-bit pairs, the high parts as (C << 7) * (512 high);
+// each pixel's luma 76284 Y is (4 Y) * 19071.  No product reaches 2^26 and no
+// pair is (-32768, -32768), so the multiply-adds are exact, S is the scalar
+// kernel's sum, and its upper half is S >> 16, the same floor.
 struct FoldedWeights {
     std::int32_t cb, cr, offset;
 };
 inline constexpr FoldedWeights kFoldedRed{0, 104595, -14608761};
 inline constexpr FoldedWeights kFoldedGreen{-25690, -53281, 8887730};
 inline constexpr FoldedWeights kFoldedBlue{132186, 0, -18140365};
-inline constexpr std::int32_t kFoldedLumaLow = 76284 - 65536;
+inline constexpr std::int32_t kFoldedLumaQuarter = 76284 / 4;
+static_assert(kFoldedLumaQuarter * 4 == 76284, "the luma weight is four times a 16-bit one");
 
 template <class DI16>
 struct FoldedPixels {
-    hn::Vec<DI16> y, cb, cr, chromaPairs;  // chromaPairs: (Cb, Cr) in each pair's 32-bit lane
-    hn::Vec<hn::Repartition<std::int32_t, DI16>> lumaEven, lumaOdd;  // low(luma) * Y of each pair's pixels
+    hn::Vec<DI16> chroma, chromaShifted;  // (Cb, Cr) in each pair's 32-bit lane, and the same << 7
+    hn::Vec<DI16> luma4;                  // 4 Y of each pixel
 };
 
 template <const FoldedWeights& W, class DI16>
 HWY_INLINE hn::Vec<DI16> foldedChannel(DI16 di16, const FoldedPixels<DI16>& p)
 {
-    static_assert(highPart(W.cb) >= 0 && highPart(W.cb) <= 2 && highPart(W.cr) >= -1 && highPart(W.cr) <= 2,
-                  "small high parts");
+    static_assert(highPart(W.cb) * 512 >= -32768 && highPart(W.cb) * 512 < 32768 && highPart(W.cr) * 512 >= -32768 &&
+                      highPart(W.cr) * 512 < 32768,
+                  "high parts times 512 fit 16 bits");
     const hn::Repartition<std::int32_t, DI16> di32;
     const hn::Repartition<std::uint32_t, DI16> du32;
-    const auto chroma = hn::Add(
-        pairProducts(di32, p.chromaPairs, hn::BitCast(di16, hn::Set(di32, weightPair(lowPart(W.cb), lowPart(W.cr))))),
-        hn::Set(di32, lowPart(W.offset)));
-    const auto even = hn::Add(chroma, p.lumaEven), odd = hn::Add(chroma, p.lumaOdd);
-    const auto lowShifted =
-        hn::OddEven(hn::BitCast(di16, odd), hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even))));
-    auto high = hn::Add(p.y, hn::Set(di16, static_cast<std::int16_t>(highPart(W.offset))));
-    const auto addMultiple = [&](hn::Vec<DI16> sample, int multiple) {
-        if (multiple == 1) high = hn::Add(high, sample);
-        if (multiple == 2) high = hn::Add(high, hn::Add(sample, sample));
-        if (multiple == -1) high = hn::Sub(high, sample);
-    };
-    addMultiple(p.cb, highPart(W.cb));
-    addMultiple(p.cr, highPart(W.cr));
-    return hn::Add(high, lowShifted);
+    const auto weights = [&](std::int32_t cb, std::int32_t cr) { return hn::BitCast(di16, hn::Set(di32, weightPair(cb, cr))); };
+    const auto low = mulAdd(di32, p.chroma, weights(lowPart(W.cb), lowPart(W.cr)), hn::Set(di32, W.offset));
+    const auto chroma = mulAdd(di32, p.chromaShifted, weights(512 * highPart(W.cb), 512 * highPart(W.cr)), low);
+    const auto even = mulAdd(di32, p.luma4, weights(kFoldedLumaQuarter, 0), chroma);
+    const auto odd = mulAdd(di32, p.luma4, weights(0, kFoldedLumaQuarter), chroma);
+    return hn::OddEven(hn::BitCast(di16, odd), hn::BitCast(di16, hn::ShiftRight<16>(hn::BitCast(du32, even))));
 }
 
 template <bool Swap, class DI16>
@@ -369,22 +378,13 @@ HWY_INLINE int pairStepsFolded(DI16 di16, const Kel8u* HWY_RESTRICT src, Kel16u*
 {
     const hn::Repartition<std::uint8_t, DI16> du8;
     const hn::RebindToUnsigned<DI16> du16;
-    const hn::Repartition<std::int32_t, DI16> di32;
     const int lanes = static_cast<int>(hn::Lanes(di16));
-    const auto index = pairBytes(du8);
-    const auto evenLuma = hn::BitCast(di16, hn::Set(di32, weightPair(kFoldedLumaLow, 0)));
-    const auto oddLuma = hn::BitCast(di16, hn::Set(di32, weightPair(0, kFoldedLumaLow)));
     const RowThresholds<DI16> none{hn::Zero(di16), hn::Zero(di16)};
     for (; x + lanes <= end; x += lanes) {
-        const auto bytes = hn::LoadU(du8, src + 2 * x);
-        const auto words = hn::BitCast(du16, bytes);
-        const auto y = hn::BitCast(di16, hn::And(words, hn::Set(du16, 0x00FF)));
-        const FoldedPixels<DI16> p{y,
-                                   hn::BitCast(di16, hn::TableLookupBytesOr0(bytes, index.cbIndex)),
-                                   hn::BitCast(di16, hn::TableLookupBytesOr0(bytes, index.crIndex)),
-                                   hn::BitCast(di16, hn::ShiftRight<8>(words)),
-                                   pairProducts(di32, y, evenLuma),
-                                   pairProducts(di32, y, oddLuma)};
+        const auto words = hn::BitCast(du16, hn::LoadU(du8, src + 2 * x));
+        const auto chroma = hn::ShiftRight<8>(words);
+        const FoldedPixels<DI16> p{hn::BitCast(di16, chroma), hn::BitCast(di16, hn::ShiftLeft<7>(chroma)),
+                                   hn::BitCast(di16, hn::ShiftLeft<2>(hn::And(words, hn::Set(du16, 0x00FF))))};
         storeWords<false, Swap, 0>(di16, foldedChannel<kFoldedRed>(di16, p), foldedChannel<kFoldedGreen>(di16, p),
                                    foldedChannel<kFoldedBlue>(di16, p), none, dst + x);
     }
