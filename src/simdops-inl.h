@@ -106,6 +106,51 @@ HWY_INLINE void storeInterleaved3(DU8 du8, hn::Vec<DU8> v0, hn::Vec<DU8> v1, hn:
 #endif
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+// RGB24 by VBMI byte permutes, from three input vectors of 64 bytes: byte j
+// of channel c is input byte 3j + c.  `pick` takes the bytes below 128 from
+// the first two vectors, `merge` keeps them and adds the rest from the third.
+struct DeinterleaveTables {
+    alignas(64) std::uint8_t pick[3][64];
+    alignas(64) std::uint8_t merge[3][64];
+};
+constexpr DeinterleaveTables makeDeinterleaveTables()
+{
+    DeinterleaveTables t{};
+    for (int c = 0; c < 3; ++c) {
+        for (int j = 0; j < 64; ++j) {
+            const int at = 3 * j + c;
+            t.pick[c][j] = static_cast<std::uint8_t>(at < 128 ? at : 0);
+            t.merge[c][j] = static_cast<std::uint8_t>(at < 128 ? j : 64 + at - 128);
+        }
+    }
+    return t;
+}
+alignas(64) constexpr DeinterleaveTables kDeinterleave = makeDeinterleaveTables();
+#endif
+
+// RGB24 (or any three interleaved bytes) into three channel vectors.
+// Highway 1.0.3's LoadInterleaved3 shuffles 16-byte blocks; AVX3_DL permutes
+// whole vectors instead.
+template <class DU8>
+HWY_INLINE void loadInterleaved3(DU8 du8, const Kel8u* src, hn::Vec<DU8>& v0, hn::Vec<DU8>& v1, hn::Vec<DU8>& v2)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)du8;
+    const __m512i first = _mm512_loadu_si512(src), second = _mm512_loadu_si512(src + 64);
+    const __m512i third = _mm512_loadu_si512(src + 128);
+    hn::Vec<DU8>* const out[3] = {&v0, &v1, &v2};
+    for (int c = 0; c < 3; ++c) {
+        const __m512i pick = _mm512_load_si512(kDeinterleave.pick[c]);
+        const __m512i merge = _mm512_load_si512(kDeinterleave.merge[c]);
+        const __m512i firstTwo = _mm512_permutex2var_epi8(first, pick, second);
+        *out[c] = hn::Vec<DU8>{_mm512_permutex2var_epi8(firstTwo, merge, third)};
+    }
+#else
+    hn::LoadInterleaved3(du8, src, v0, v1, v2);
+#endif
+}
+
 // Two vectors of 16-bit results to one of bytes, saturated to 0..255.  The
 // pixels were spread over the two by zipping within 16-byte blocks, and the
 // x86 pack, also within blocks, puts them back in order; Highway 1.0.3 has

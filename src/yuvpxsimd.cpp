@@ -264,53 +264,13 @@ HWY_INLINE hn::Vec<DI16> packWords(DI16 di16, VI32 first, VI32 second)
 #endif
 }
 
-#if HWY_TARGET == HWY_AVX3_DL
-// RGB24 to three channel vectors by VBMI byte permutes, from three input
-// vectors of 64 bytes: channel c of pixel i is byte 3i + c.  `pick` takes it
-// from the first two vectors where it lies there, `merge` keeps those and
-// adds the rest from the third.
-struct DeinterleaveTables {
-    alignas(64) std::uint8_t pick[3][64];
-    alignas(64) std::uint8_t merge[3][64];
-};
-constexpr DeinterleaveTables makeDeinterleaveTables()
-{
-    DeinterleaveTables t{};
-    for (int c = 0; c < 3; ++c) {
-        for (int i = 0; i < 64; ++i) {
-            const int at = 3 * i + c;
-            t.pick[c][i] = static_cast<std::uint8_t>(at < 128 ? at : 0);
-            t.merge[c][i] = static_cast<std::uint8_t>(at < 128 ? i : 64 + at - 128);
-        }
-    }
-    return t;
-}
-alignas(64) constexpr DeinterleaveTables kDeinterleave = makeDeinterleaveTables();
-#endif
-
 // Where a row's three channel vectors come from: RGB24, or three planes.
-// Highway 1.0.3's LoadInterleaved3 shuffles 16-byte blocks; AVX3_DL permutes
-// whole vectors instead.
 struct InterleavedRGB {
     const Kel8u* p;
     template <class DU8, class V>
     HWY_INLINE void get(DU8 du8, int x, V& r, V& g, V& b) const
     {
-#if HWY_TARGET == HWY_AVX3_DL
-        (void)du8;
-        const Kel8u* at = p + 3 * x;
-        const __m512i first = _mm512_loadu_si512(at), second = _mm512_loadu_si512(at + 64),
-                      third = _mm512_loadu_si512(at + 128);
-        const auto channel = [&](int c) {
-            const __m512i firstTwo = _mm512_permutex2var_epi8(first, _mm512_load_si512(kDeinterleave.pick[c]), second);
-            return V{_mm512_permutex2var_epi8(firstTwo, _mm512_load_si512(kDeinterleave.merge[c]), third)};
-        };
-        r = channel(0);
-        g = channel(1);
-        b = channel(2);
-#else
-        hn::LoadInterleaved3(du8, p + 3 * x, r, g, b);
-#endif
+        loadInterleaved3(du8, p + 3 * x, r, g, b);
     }
 };
 struct PlanesRGB {
