@@ -34,6 +34,24 @@ HWY_INLINE hn::Vec<DI16> truncatedField(DI16 di16, hn::Vec<DI16> sum)
     return hn::Min(hn::Max(level, hn::Zero(di16)), hn::Set(di16, static_cast<std::int16_t>((1 << Bits) - 1)));
 }
 
+// q + 1 where the mask is set: on AVX-512 one add under the mask register,
+// elsewhere q minus the mask as a vector of -1 and 0.
+template <class DI16>
+HWY_INLINE hn::Vec<DI16> raisedWhere(DI16 di16, hn::Vec<DI16> q, hn::Mask<DI16> raise)
+{
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+    constexpr std::size_t kBytes = hn::MaxLanes(di16) * sizeof(std::int16_t);
+    if constexpr (kBytes == 64) {
+        return hn::Vec<DI16>{_mm512_mask_add_epi16(q.raw, raise.raw, q.raw, _mm512_set1_epi16(1))};
+    } else if constexpr (kBytes == 32) {
+        return hn::Vec<DI16>{_mm256_mask_add_epi16(q.raw, raise.raw, q.raw, _mm256_set1_epi16(1))};
+    } else if constexpr (kBytes == 16) {
+        return hn::Vec<DI16>{_mm_mask_add_epi16(q.raw, raise.raw, q.raw, _mm_set1_epi16(1))};
+    }
+#endif
+    return hn::Sub(q, hn::VecFromMask(di16, raise));
+}
+
 // The dithered field (ditherField in rgbxxxpx.h) of colour c = 0..255 with
 // the threshold t (already halved for the 6-bit field): q = (c * M) >> 8 is
 // the upper half of c * 256M, which fits 16 bits signed for M = 31 and 63;
@@ -49,8 +67,7 @@ HWY_INLINE hn::Vec<DI16> ditheredField(DI16 di16, hn::Vec<DI16> c, hn::Vec<DI16>
     const auto q = hn::MulHigh(c, hn::Set(di16, static_cast<std::int16_t>(kLevels * 256)));
     const auto remainder = hn::Sub(hn::ShiftLeft<8>(hn::BitCast(du16, c)),
                                    hn::Mul(hn::BitCast(du16, q), hn::Set(du16, static_cast<std::uint16_t>(kStep))));
-    const auto passes = hn::Gt(hn::BitCast(di16, remainder), t);
-    return hn::Sub(q, hn::VecFromMask(di16, passes));
+    return raisedWhere(di16, q, hn::Gt(hn::BitCast(di16, remainder), t));
 }
 
 // The three fields to one word: red at bit 0 and blue at bit 11, or the
