@@ -272,6 +272,37 @@ KEL_API KelResult keliYCbCr411To420_8u_P3R(const Kel8u* const pSrc[3], const int
 KEL_API KelResult keliYCbCr420To1620_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
 KEL_API KelResult keliYCbCr1620To420_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
 
+/* NV12 (P2: a Y plane and a plane of Cb, Cr pairs), YV12 (P3: planes Y, Cr,
+   Cb), YUY2 (C2: Y0 Cb Y1 Cr) and UYVY (C2: Cb Y0 Cr Y1).  4:2:0 to pixel order
+   repeats each chroma row for two rows; pixel order to 4:2:0 takes the chroma
+   of the even rows.  keliYCbCr420ToYCrCb420_8u_P2P3R writes planes Y, Cb, Cr
+   (the pair's first byte to plane 1).  Odd sizes are rounded down silently. */
+KEL_API KelResult keliYCbCr420ToYCbCr422_8u_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToCbYCr422_8u_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToYCrCb420_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToYCbCr420_8u_P3P2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToYCbCr422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToCbYCr422_8u_P3C2R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToCbYCr422_8u_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCbCr422_8u_C2R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCrCb420_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCrCb420_8u_C2P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr422ToYCbCr420_8u_C2P2R(const Kel8u* pSrc, int srcStep, Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+KEL_API KelResult keliCbYCr422ToYCbCr420_8u_C2P2R(const Kel8u* pSrc, int srcStep, Kel8u* pDstY, int dstYStep, Kel8u* pDstCbCr, int dstCbCrStep, KelImageSize roiSize);
+/* 4:2:0 to 4:2:2 planes with a four-tap vertical chroma filter (-1 9 9 -1)/16;
+   the height is rounded down to a multiple of 8 and must be 8 at least. */
+KEL_API KelResult keliYCbCr420ToYCbCr422_Filter_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCrCb420ToYCbCr422_Filter_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+KEL_API KelResult keliYCbCr420ToYCbCr422_Filter_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize);
+/* Deinterlacing NV12 to YUY2 or to planes Y, Cb, Cr, with a vertical three-tap
+   luma and two-tap chroma filter.  layout is kelSliceTop, kelSliceMiddle,
+   kelSliceBottom, or all three bits for a whole frame; any other value writes
+   nothing and returns kelOk.  A middle or bottom slice reads three luma rows
+   and one chroma row above its region and writes the two rows above it that
+   the slice before left; slices may be given in any order. */
+KEL_API KelResult keliYCbCr420ToYCbCr422_Filter_8u_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int layout);
+KEL_API KelResult keliYCbCr420ToYCrCb420_Filter_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize, int layout);
+
 /* ---- RGB <-> full-range YUV ---------------------------------------------- */
 /* Full resolution: Y 0..255 truncated, U and V around 128.  The C3/AC4 inverse
    and the planar inverse use coefficient sets one apart in the last place. */
