@@ -276,11 +276,59 @@ HWY_INLINE VU8 doubledBytes(DU16 du16, hn::Vec<DU16> samples)
     return hn::BitCast(DU8(), hn::Mul(samples, hn::Set(du16, 0x0101)));
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Where each byte of two 64-byte vectors of pixel pairs (32 pixels each)
+// comes from, for VBMI's two-source byte permute: 0..63 the 64 luma bytes,
+// 64..127 the chroma vector (32 Cb then 32 Cr from planes, or 32 Cb, Cr
+// pairs as they stand).
+struct PairPermutes {
+    alignas(64) std::uint8_t at[2][64];
+};
+template <PairOrder O, Chroma C>
+constexpr PairPermutes makePairPermutes()
+{
+    constexpr PairBytes B = kPairBytes<O>;
+    PairPermutes t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) {
+            const int p = j / 4, b = j % 4, q = 16 * k + p;
+            const int from = b == B.y0   ? 32 * k + 2 * p
+                             : b == B.y1 ? 32 * k + 2 * p + 1
+                             : b == B.cb ? (C == kChromaPlanes ? 64 + q : 64 + 2 * q)
+                                         : (C == kChromaPlanes ? 96 + q : 64 + 2 * q + 1);
+            t.at[k][j] = static_cast<std::uint8_t>(from);
+        }
+    }
+    return t;
+}
+#endif
+
 // A luma row and a chroma row to a row of pixel pairs, 2n pixels (n pairs)
-// a step; a doubled chroma row gives n / 2 samples a step.
+// a step; a doubled chroma row gives n / 2 samples a step.  On AVX3_DL, 64
+// pixels a step by two byte permutes of one luma and one chroma vector.
 template <Chroma C, bool Doubled, PairOrder O>
 KEL_KERNEL int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width)
 {
+#if HWY_TARGET == HWY_AVX3_DL
+    if constexpr (!Doubled) {
+        alignas(64) static constexpr PairPermutes kPermutes = makePairPermutes<O, C>();
+        const __m512i first = _mm512_load_si512(kPermutes.at[0]), second = _mm512_load_si512(kPermutes.at[1]);
+        return wholeSteps(width, 64, 4, [&](int x) {
+            const __m512i luma = _mm512_loadu_si512(y + x);
+            __m512i chroma;
+            if constexpr (C == kChromaPlanes) {
+                const __m256i cbHalf = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cb + x / 2));
+                const __m256i crHalf = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(cr + x / 2));
+                chroma = _mm512_inserti64x4(_mm512_castsi256_si512(cbHalf), crHalf, 1);
+            } else {
+                (void)cr;
+                chroma = _mm512_loadu_si512(cb + x);
+            }
+            _mm512_storeu_si512(pairs + 2 * x, _mm512_permutex2var_epi8(luma, first, chroma));
+            _mm512_storeu_si512(pairs + 2 * x + 64, _mm512_permutex2var_epi8(luma, second, chroma));
+        });
+    }
+#endif
     constexpr PairBytes B = kPairBytes<O>;
     const DU8 d;
     const hn::Repartition<std::uint16_t, DU8> du16;
