@@ -76,7 +76,7 @@ inline void sidesTaken(const Side<const Kel8u>& src, const Side<Kel8u>& dst)
 // Every member once, under the shape of its arguments (source layout, then
 // destination layout):
 // Shape(public function, kernel, source form, destination form, rule, destination scheme, sizing).
-#define KEL_REPACK_MEMBERS(P3P3, P3P2, P2P3, C2P3, C2P3TestingSteps, P3C2, P2C2, C2P2, C2C2)                                          \
+#define KEL_REPACK_MEMBERS(P3P3, P3P2, P2P3, P2P3SizeFirst, C2P3, C2P3TestingSteps, P3C2, P2C2, C2P2, C2C2)                           \
     /* Rows doubled: 4:2:0 to 4:2:2. */                                                                                               \
     P3P3(keliYCbCr420ToYCbCr422_8u_P3R,      ownYCbCr420ToYCbCr422_8u_P3R,      P3,      P3,      RowsDoubled,       S422, kEvenBoth)  \
     P3P3(keliYCrCb420ToYCbCr422_8u_P3R,      ownYCrCb420ToYCbCr422_8u_P3R,      P3CrCb,  P3,      RowsDoubled,       S422, kEvenBoth)  \
@@ -120,10 +120,24 @@ inline void sidesTaken(const Side<const Kel8u>& src, const Side<Kel8u>& dst)
     P3P3(keliYCbCr411ToYCbCr420_8u_P3R,      ownYCbCr411ToYCbCr420_8u_P3R,      P3,      P3,      RowsUnstacked,     S420, kQuadEven)  \
     P3P2(keliYCbCr411ToYCbCr420_8u_P3P2R,    ownYCbCr411ToYCbCr420_8u_P3P2R,    P3,      P2,      RowsUnstacked,     S420, kQuadEven)  \
     P2P3(keliYCbCr411ToYCbCr420_8u_P2P3R,    ownYCbCr411ToYCbCr420_8u_P2P3R,    P2,      P3,      RowsUnstacked,     S420, kQuadEven)  \
-    P2P3(keliYCbCr411ToYCrCb420_8u_P2P3R,    ownYCbCr411ToYCrCb420_8u_P2P3R,    P2,      P3CrCb,  RowsUnstacked,     S420, kQuadEven)
+    P2P3(keliYCbCr411ToYCrCb420_8u_P2P3R,    ownYCbCr411ToYCrCb420_8u_P2P3R,    P2,      P3CrCb,  RowsUnstacked,     S420, kQuadEven)  \
+    /* NV12, YV12 (planes Y, Cr, Cb), YUY2 and UYVY.  The NV12 to planes member */                                                 \
+    /* writes Y, Cb, Cr: it does not exchange its chroma. */                                                                         \
+    P2C2(keliYCbCr420ToYCbCr422_8u_P2C2R,    myNV12ToYUY2_8u_P2C2R,             P2,      C2YCbCr, RowsDoubled,       S422, kEvenBoth)  \
+    P2C2(keliYCbCr420ToCbYCr422_8u_P2C2R,    myNV12ToUYVY_8u_P2C2R,             P2,      C2CbYCr, RowsDoubled,       S422, kEvenBoth)  \
+    P2P3SizeFirst(keliYCbCr420ToYCrCb420_8u_P2P3R, myNV12ToYV12_8u_P2P3R,       P2,      P3,      Same,              S420, kEvenBoth)  \
+    P3P2(keliYCrCb420ToYCbCr420_8u_P3P2R,    myYV12ToNV12_8u_P3P2R,             P3CrCb,  P2,      Same,              S420, kEvenBoth)  \
+    P3C2(keliYCrCb420ToYCbCr422_8u_P3C2R,    myYV12ToYUY2420_8u_P3C2R,          P3CrCb,  C2YCbCr, RowsDoubled,       S422, kEvenBoth)  \
+    P3C2(keliYCrCb420ToCbYCr422_8u_P3C2R,    myYV12ToUYVY420_8u_P3C2R,          P3CrCb,  C2CbYCr, RowsDoubled,       S422, kEvenBoth)  \
+    C2C2(keliYCbCr422ToCbYCr422_8u_C2R,      myYUY2ToUYVY422_8u_C2R,            C2YCbCr, C2CbYCr, Same,              S422, kEvenWidthTestedHeight) \
+    C2C2(keliCbYCr422ToYCbCr422_8u_C2R,      myUYVYToYUY2422_8u_C2R,            C2CbYCr, C2YCbCr, Same,              S422, kEvenWidthTestedHeight) \
+    C2P3(keliYCbCr422ToYCrCb420_8u_C2P3R,    myYUY2ToYV12422_8u_C2P3R,          C2YCbCr, P3CrCb,  OddRowsDropped,    S420, kEvenBoth)  \
+    C2P3(keliCbYCr422ToYCrCb420_8u_C2P3R,    myUYVYToYV12422_8u_C2P3R,          C2CbYCr, P3CrCb,  OddRowsDropped,    S420, kEvenBoth)  \
+    C2P2(keliYCbCr422ToYCbCr420_8u_C2P2R,    myYUY2ToNV12_8u_C2P2R,             C2YCbCr, P2,      OddRowsDropped,    S420, kEvenBoth)  \
+    C2P2(keliCbYCr422ToYCbCr420_8u_C2P2R,    myUYVYToNV12_8u_C2P2R,             C2CbYCr, P2,      OddRowsDropped,    S420, kEvenBoth)
 
 // The same table, once for every shape: each member's kernel.
-#define KEL_REPACK_EVERY_MEMBER(X) KEL_REPACK_MEMBERS(X, X, X, X, X, X, X, X, X)
+#define KEL_REPACK_EVERY_MEMBER(X) KEL_REPACK_MEMBERS(X, X, X, X, X, X, X, X, X, X)
 
 #define KEL_REPACK_DECLARE_KERNEL(NAME, KERNEL, SF, DF, RULE, DS, SIZING) \
     void KERNEL(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height);
@@ -163,6 +177,20 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
                            Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize)         \
     {                                                                                                \
         if (anyNull(pSrcY, pSrcCbCr, pDst) || anyNullPlane(pDst)) return kelErrNullPointer;          \
+        const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);               \
+        const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                    \
+        sidesTaken(src, dst);                                                                        \
+        if (sizeBelow(roiSize, SIZING.minWidth, SIZING.minHeight)) return kelErrSize;                \
+        KERNEL(src, dst, SIZING.width(roiSize), SIZING.height(roiSize));                             \
+        return kelOk;                                                                                \
+    }
+// NV12 to planes tests the size twice: against 1 before the planes inside
+// the array, against the member's minimum after them.
+#define KEL_REPACK_P2P3_SIZE_FIRST(NAME, KERNEL, SF, DF, RULE, DS, SIZING)                           \
+    KEL_API KelResult NAME(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep, \
+                           Kel8u* const pDst[3], const int dstStep[3], KelImageSize roiSize)         \
+    {                                                                                                \
+        if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrcY, pSrcCbCr, pDst)) return bad; \
         const Side<const Kel8u> src = planes2(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep);               \
         const Side<Kel8u> dst = planes3<Form::DF>(pDst, dstStep);                                    \
         sidesTaken(src, dst);                                                                        \
@@ -243,13 +271,14 @@ KEL_REPACK_EVERY_MEMBER(KEL_REPACK_DECLARE_KERNEL)
     }
 
 extern "C" {
-KEL_REPACK_MEMBERS(KEL_REPACK_P3P3, KEL_REPACK_P3P2, KEL_REPACK_P2P3, KEL_REPACK_C2P3, KEL_REPACK_C2P3_TESTING_STEPS,
-                   KEL_REPACK_P3C2, KEL_REPACK_P2C2, KEL_REPACK_C2P2, KEL_REPACK_C2C2)
+KEL_REPACK_MEMBERS(KEL_REPACK_P3P3, KEL_REPACK_P3P2, KEL_REPACK_P2P3, KEL_REPACK_P2P3_SIZE_FIRST, KEL_REPACK_C2P3,
+                   KEL_REPACK_C2P3_TESTING_STEPS, KEL_REPACK_P3C2, KEL_REPACK_P2C2, KEL_REPACK_C2P2, KEL_REPACK_C2C2)
 } // extern "C"
 
 #undef KEL_REPACK_P3P3
 #undef KEL_REPACK_P3P2
 #undef KEL_REPACK_P2P3
+#undef KEL_REPACK_P2P3_SIZE_FIRST
 #undef KEL_REPACK_C2P3
 #undef KEL_REPACK_C2P3_TESTING_STEPS
 #undef KEL_REPACK_P3C2
@@ -349,16 +378,18 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
     if constexpr (isPixelOrder(DF)) {
         // Pixel-order destinations are 4:2:2: every row gets its own chroma
         // row, and a pair's four bytes are written together.
-        static_assert(R == Rule::Same || R == Rule::ColumnsDoubled);
+        static_assert(R == Rule::Same || R == Rule::ColumnsDoubled || R == Rule::RowsDoubled);
         constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
         simdrepack::PlanesToPairsKernel kernel = nullptr;
         if constexpr (!isPixelOrder(SF))
             if (simd) kernel = simd->planesToPairs[chromaForm(SF)][R == Rule::ColumnsDoubled][pairOrder(DF)];
-        // One row of `pixels` pixels (a whole image of compact rows is one long row).
+        // One row of `pixels` pixels (a whole image of compact rows is one long
+        // row); with rows doubled, chroma row y / 2 serves rows y and y + 1.
         const auto pairsRow = [&](int y, int pixels) {
+            const int c = R == Rule::RowsDoubled ? y / 2 : y;
             const Kel8u* sy = from.row(0, y);
-            const Kel8u* scb = from.row(1, y);
-            const Kel8u* scr = from.row(2, y);
+            const Kel8u* scb = from.row(1, c);
+            const Kel8u* scr = from.row(2, c);
             Kel8u* dy = to.row(0, y);
             Kel8u* dcb = to.row(1, y);
             Kel8u* dcr = to.row(2, y);
@@ -373,7 +404,7 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
                 dcr[4 * k] = scr[source * sc];
             }
         };
-        if constexpr (!isPixelOrder(SF)) {
+        if constexpr (!isPixelOrder(SF) && R != Rule::RowsDoubled) {
             const int sourceSamples = R == Rule::ColumnsDoubled ? width / 4 : width / 2;
             if (kernel && oneLongRow(height, width, from.steps[0] == width && to.steps[0] == 2 * width &&
                                                         from.steps[1] == sourceSamples * sc && from.steps[2] == sourceSamples * sc)) {
@@ -416,9 +447,10 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         // A row of pixel pairs gives its luma and, where the destination has
         // a chroma row for it, that row; in 4:2:0 only the even rows do.
         constexpr int pixelsPerSample = DS == Scheme::S411 ? 4 : 2;
+        constexpr bool toPairs = DF == Form::P2;
         constexpr simdrepack::PairChroma withChroma =
-            R == Rule::OddColumnsDropped ? (DF == Form::P2 ? simdrepack::kEvenPairChromaToPairs : simdrepack::kEvenPairChromaToPlanes)
-                                         : simdrepack::kPairChromaToPlanes;
+            R == Rule::OddColumnsDropped ? (toPairs ? simdrepack::kEvenPairChromaToPairs : simdrepack::kEvenPairChromaToPlanes)
+                                         : (toPairs ? simdrepack::kPairChromaToPairs : simdrepack::kPairChromaToPlanes);
         simdrepack::PairsToPlanesKernel lumaAndChroma = nullptr, lumaOnly = nullptr;
         if (simd) {
             lumaAndChroma = simd->pairsToPlanes[pairOrder(SF)][withChroma];
@@ -482,7 +514,7 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         }
     }
     if constexpr (R == Rule::RowsDoubled) {
-        static_assert(chromaPitch(DF) == 1);
+        static_assert(isPixelOrder(DF) || chromaPitch(DF) == 1);  // pixel-order destinations returned above
         if (kernels[0]) {
             // An odd destination row repeats the even one above it, which is
             // still in the cache: a copy of it rather than a second pass over

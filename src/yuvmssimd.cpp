@@ -197,8 +197,9 @@ HWY_INLINE VU8 everyOtherByte(DU8 d, VU8 high, VU8 low)
 // A row of pixel pairs to a luma row and (as PC says) a chroma row.  Luma is
 // every other byte of the pairs, and the chroma bytes the others, first and
 // second component alternating; splitting those once more gives the two
-// components.  n pixels a step for luma alone, 2n with every pair's chroma,
-// 4n where every other pair's chroma is kept (as 16-bit lanes, the even ones).
+// components.  n pixels a step for luma alone or with every pair's chroma
+// to pairs, 2n with every pair's chroma to planes, 4n where every other
+// pair's chroma is kept (as 16-bit lanes, the even ones).
 template <PairOrder O, PairChroma PC>
 KEL_KERNEL int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width)
 {
@@ -223,6 +224,21 @@ KEL_KERNEL int pairsToPlanes(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr,
             hn::StoreU(everyOtherByte<lumaOdd>(d, v1, v0), d, y + x);
             hn::StoreU(everyOtherByte<lumaOdd>(d, v3, v2), d, y + x + n);
             storeComponents(everyOtherByte<!lumaOdd>(d, v1, v0), everyOtherByte<!lumaOdd>(d, v3, v2), x / 2);
+        });
+    } else if constexpr (PC == kPairChromaToPairs) {
+        // The chroma bytes as they stand are Cb, Cr pairs (Cr, Cb in Y0 Cr Y1
+        // Cb order, swapped within each 16-bit lane).
+        (void)cr;
+        return wholeSteps(width, n, 4, [&](int x) {
+            const VU8 v0 = load(x, 0), v1 = load(x, 1);
+            hn::StoreU(everyOtherByte<lumaOdd>(d, v1, v0), d, y + x);
+            const VU8 chroma = everyOtherByte<!lumaOdd>(d, v1, v0);
+            if constexpr (cbFirst) {
+                hn::StoreU(chroma, d, cb + x);
+            } else {
+                const auto lanes = hn::BitCast(d16, chroma);
+                hn::StoreU(hn::BitCast(d, hn::Or(hn::ShiftLeft<8>(lanes), hn::ShiftRight<8>(lanes))), d, cb + x);
+            }
         });
     } else {
         return wholeSteps(width, 4 * n, 4, [&](int x) {
@@ -385,6 +401,7 @@ template <PairOrder O>
 constexpr void fillPairs(Kernels& k)
 {
     k.pairsToPlanes[O][kPairChromaToPlanes] = pairsToPlanes<O, kPairChromaToPlanes>;
+    k.pairsToPlanes[O][kPairChromaToPairs] = pairsToPlanes<O, kPairChromaToPairs>;
     k.pairsToPlanes[O][kEvenPairChromaToPlanes] = pairsToPlanes<O, kEvenPairChromaToPlanes>;
     k.pairsToPlanes[O][kEvenPairChromaToPairs] = pairsToPlanes<O, kEvenPairChromaToPairs>;
     k.pairsToPlanes[O][kLumaOnly] = pairsToPlanes<O, kLumaOnly>;

@@ -17,9 +17,17 @@ enum Chroma : int { kChromaPlanes, kChromaPairs, kChromaForms };
 // Pixel pairs, four bytes each: Y0 Cb Y1 Cr, Cb Y0 Cr Y1, Y0 Cr Y1 Cb.
 enum PairOrder : int { kYCbCrPairs, kCbYCrPairs, kYCrCbPairs, kPairOrders };
 
-// What a row of pixel pairs gives besides its luma: its chroma to planes,
-// every other pair's chroma to planes or to a plane of pairs, or none.
-enum PairChroma : int { kPairChromaToPlanes, kEvenPairChromaToPlanes, kEvenPairChromaToPairs, kLumaOnly, kPairChromas };
+// What a row of pixel pairs gives besides its luma: its chroma to planes or
+// to a plane of Cb, Cr pairs, every other pair's chroma to planes or to a
+// plane of pairs, or none.
+enum PairChroma : int {
+    kPairChromaToPlanes,
+    kPairChromaToPairs,
+    kEvenPairChromaToPlanes,
+    kEvenPairChromaToPairs,
+    kLumaOnly,
+    kPairChromas
+};
 
 // The source row(s) of one destination chroma row, both components.  A side
 // of Cb, Cr pairs gives its row in `cb` (`cr` is then one byte on); `next` is
