@@ -168,6 +168,19 @@ void addRepackJobs(std::vector<Job>& jobs)
     addMember(jobs, "keliYCbCr411To420_8u_P3R", 10, 12, call(keliYCbCr411To420_8u_P3R, k411Steps, k422Steps));
     addMember(jobs, "keliYCbCr420To1620_8u_P3R", 10, 9, call(keliYCbCr420To1620_8u_P3R, k422Steps, k411Steps));
     addMember(jobs, "keliYCbCr1620To420_8u_P3R", 9, 12, call(keliYCbCr1620To420_8u_P3R, k411Steps, k422Steps));
+    // NV12, YV12 (planes Y, Cr, Cb), YUY2 and UYVY.
+    addMember(jobs, "keliYCbCr420ToYCbCr422_8u_P2C2R", 12, 16, call(keliYCbCr420ToYCbCr422_8u_P2C2R, cbcr420));
+    addMember(jobs, "keliYCbCr420ToCbYCr422_8u_P2C2R", 12, 16, call(keliYCbCr420ToCbYCr422_8u_P2C2R, cbcr420));
+    addMember(jobs, "keliYCbCr420ToYCrCb420_8u_P2P3R", 12, 12, call(keliYCbCr420ToYCrCb420_8u_P2P3R, cbcr420, k422Steps));
+    addMember(jobs, "keliYCrCb420ToYCbCr420_8u_P3P2R", 12, 12, call(keliYCrCb420ToYCbCr420_8u_P3P2R, k422Steps, cbcr420));
+    addMember(jobs, "keliYCrCb420ToYCbCr422_8u_P3C2R", 12, 16, call(keliYCrCb420ToYCbCr422_8u_P3C2R, k422Steps));
+    addMember(jobs, "keliYCrCb420ToCbYCr422_8u_P3C2R", 12, 16, call(keliYCrCb420ToCbYCr422_8u_P3C2R, k422Steps));
+    addMember(jobs, "keliYCbCr422ToCbYCr422_8u_C2R", 16, 16, call(keliYCbCr422ToCbYCr422_8u_C2R));
+    addMember(jobs, "keliCbYCr422ToYCbCr422_8u_C2R", 16, 16, call(keliCbYCr422ToYCbCr422_8u_C2R));
+    addMember(jobs, "keliYCbCr422ToYCrCb420_8u_C2P3R", 16, 12, call(keliYCbCr422ToYCrCb420_8u_C2P3R, k422Steps));
+    addMember(jobs, "keliCbYCr422ToYCrCb420_8u_C2P3R", 16, 12, call(keliCbYCr422ToYCrCb420_8u_C2P3R, k422Steps));
+    addMember(jobs, "keliYCbCr422ToYCbCr420_8u_C2P2R", 16, 12, call(keliYCbCr422ToYCbCr420_8u_C2P2R, cbcr420));
+    addMember(jobs, "keliCbYCr422ToYCbCr420_8u_C2P2R", 16, 12, call(keliCbYCr422ToYCbCr420_8u_C2P2R, cbcr420));
 
 #if KELCC_HAVE_LIBYUV
     // The same jobs in libyuv, on the peer's own pair of images.
@@ -207,6 +220,37 @@ void addRepackJobs(std::vector<Job>& jobs)
                     [] {
                         libyuv::I422ToI420(s.y.data(), kWidth, s.cb.data(), kHalf, s.cr.data(), kHalf, d.y.data(),
                                            kWidth, d.cb.data(), kHalf, d.cr.data(), kHalf, kWidth, kHeight);
+                    }});
+    // YV12 planes are Y, Cr, Cb: libyuv's I420 calls get the planes in its order, U (Cb) first.
+    jobs.push_back({"keliYCbCr420ToYCrCb420_8u_P2P3R", "libyuv NV12ToI420",
+                    call(keliYCbCr420ToYCrCb420_8u_P2P3R, cbcr420, k422Steps), [] {
+                        libyuv::NV12ToI420(s.y.data(), kWidth, s.cbcr.data(), kWidth, d.y.data(), kWidth, d.cb.data(),
+                                           kHalf, d.cr.data(), kHalf, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliYCrCb420ToYCbCr420_8u_P3P2R", "libyuv I420ToNV12", call(keliYCrCb420ToYCbCr420_8u_P3P2R, k422Steps, cbcr420),
+                    [] {
+                        libyuv::I420ToNV12(s.y.data(), kWidth, s.cr.data(), kHalf, s.cb.data(), kHalf, d.y.data(),
+                                           kWidth, d.cbcr.data(), kWidth, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliYCrCb420ToYCbCr422_8u_P3C2R", "libyuv I420ToYUY2", call(keliYCrCb420ToYCbCr422_8u_P3C2R, k422Steps), [] {
+                        libyuv::I420ToYUY2(s.y.data(), kWidth, s.cr.data(), kHalf, s.cb.data(), kHalf, d.pairs.data(),
+                                           2 * kWidth, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliYCrCb420ToCbYCr422_8u_P3C2R", "libyuv I420ToUYVY", call(keliYCrCb420ToCbYCr422_8u_P3C2R, k422Steps), [] {
+                        libyuv::I420ToUYVY(s.y.data(), kWidth, s.cr.data(), kHalf, s.cb.data(), kHalf, d.pairs.data(),
+                                           2 * kWidth, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliYCbCr422ToYCrCb420_8u_C2P3R", "libyuv YUY2ToI420", call(keliYCbCr422ToYCrCb420_8u_C2P3R, k422Steps), [] {
+                        libyuv::YUY2ToI420(s.pairs.data(), 2 * kWidth, d.y.data(), kWidth, d.cr.data(), kHalf,
+                                           d.cb.data(), kHalf, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliCbYCr422ToYCrCb420_8u_C2P3R", "libyuv UYVYToI420", call(keliCbYCr422ToYCrCb420_8u_C2P3R, k422Steps), [] {
+                        libyuv::UYVYToI420(s.pairs.data(), 2 * kWidth, d.y.data(), kWidth, d.cr.data(), kHalf,
+                                           d.cb.data(), kHalf, kWidth, kHeight);
+                    }});
+    jobs.push_back({"keliYCbCr422ToYCbCr420_8u_C2P2R", "libyuv YUY2ToNV12", call(keliYCbCr422ToYCbCr420_8u_C2P2R, cbcr420), [] {
+                        libyuv::YUY2ToNV12(s.pairs.data(), 2 * kWidth, d.y.data(), kWidth, d.cbcr.data(), kWidth, kWidth,
+                                           kHeight);
                     }});
 #endif
 }
