@@ -371,8 +371,7 @@ constexpr int firstSourceRow(int j);
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
 {
-    // (Pixel pairs to pixel pairs have no kernel of their own: the loop below vectorises as it stands.)
-    const simdrepack::Kernels* simd = isPixelOrder(SF) && isPixelOrder(DF) ? nullptr : simdrepack::chooseKernels();
+    const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     const PlaneRows<const Kel8u> from(src.planes, src.steps);
     const PlaneRows<Kel8u> to(dst.planes, dst.steps);
     if constexpr (isPixelOrder(DF)) {
@@ -381,8 +380,12 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         static_assert(R == Rule::Same || R == Rule::ColumnsDoubled || R == Rule::RowsDoubled);
         constexpr int sl = lumaPitch(SF), sc = chromaPitch(SF);
         simdrepack::PlanesToPairsKernel kernel = nullptr;
-        if constexpr (!isPixelOrder(SF))
+        simdrepack::PairsToPairsKernel reorder = nullptr;
+        if constexpr (!isPixelOrder(SF)) {
             if (simd) kernel = simd->planesToPairs[chromaForm(SF)][R == Rule::ColumnsDoubled][pairOrder(DF)];
+        } else {
+            if (simd) reorder = simd->pairsToPairs[pairOrder(SF)][pairOrder(DF)];
+        }
         // One row of `pixels` pixels (a whole image of compact rows is one long
         // row); with rows doubled, chroma row y / 2 serves rows y and y + 1.
         const auto pairsRow = [&](int y, int pixels) {
@@ -393,9 +396,12 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             Kel8u* dy = to.row(0, y);
             Kel8u* dcb = to.row(1, y);
             Kel8u* dcr = to.row(2, y);
-            int firstPair = 0;  // stays a constant where there is no kernel, so the loop below vectorises as it stands
-            if constexpr (!isPixelOrder(SF))
+            int firstPair = 0;
+            if constexpr (!isPixelOrder(SF)) {
                 if (kernel) firstPair = kernel(sy, scb, scr, to.row(firstComponent(DF), y), pixels) / 2;
+            } else {
+                if (reorder) firstPair = reorder(from.row(firstComponent(SF), y), to.row(firstComponent(DF), y), pixels) / 2;
+            }
             for (int k = firstPair; k < pixels / 2; ++k) {
                 const int source = R == Rule::ColumnsDoubled ? k / 2 : k;
                 dy[4 * k] = sy[2 * k * sl];
@@ -408,6 +414,11 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
             const int sourceSamples = R == Rule::ColumnsDoubled ? width / 4 : width / 2;
             if (kernel && oneLongRow(height, width, from.steps[0] == width && to.steps[0] == 2 * width &&
                                                         from.steps[1] == sourceSamples * sc && from.steps[2] == sourceSamples * sc)) {
+                pairsRow(0, width * height);
+                return;
+            }
+        } else if constexpr (isPixelOrder(SF)) {
+            if (reorder && oneLongRow(height, width, from.steps[0] == 2 * width && to.steps[0] == 2 * width)) {
                 pairsRow(0, width * height);
                 return;
             }

@@ -304,6 +304,29 @@ KEL_KERNEL int planesToPairs(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, K
     });
 }
 
+// A row of pixel pairs in another byte order: each destination byte taken
+// from its component's place in the same source pair, one byte shuffle a
+// vector (the pattern repeats every four bytes, so every 16-byte block has
+// the same one).  n / 2 pixels a step.
+template <PairOrder S, PairOrder D>
+KEL_KERNEL int pairsToPairs(const Kel8u* src, Kel8u* dst, int width)
+{
+    constexpr PairBytes from = kPairBytes<S>, to = kPairBytes<D>;
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    alignas(16) Kel8u pattern[16];
+    for (int pair = 0; pair < 4; ++pair) {
+        pattern[4 * pair + to.y0] = static_cast<Kel8u>(4 * pair + from.y0);
+        pattern[4 * pair + to.cb] = static_cast<Kel8u>(4 * pair + from.cb);
+        pattern[4 * pair + to.y1] = static_cast<Kel8u>(4 * pair + from.y1);
+        pattern[4 * pair + to.cr] = static_cast<Kel8u>(4 * pair + from.cr);
+    }
+    const VU8 index = hn::LoadDup128(d, pattern);
+    return lineSteps(width, n / 2, 2, dst, 2, [&](int x) {
+        hn::StoreU(hn::TableLookupBytes(hn::LoadU(d, src + 2 * x), index), d, dst + 2 * x);
+    });
+}
+
 // ---- resampling rows of one chroma plane -----------------------------------------------------------
 
 // (a + b) >> 1 in bytes: the rounding mean (a + b + 1) >> 1, less one where
@@ -409,6 +432,9 @@ constexpr void fillPairs(Kernels& k)
     k.planesToPairs[kChromaPlanes][1][O] = planesToPairs<kChromaPlanes, true, O>;
     k.planesToPairs[kChromaPairs][0][O] = planesToPairs<kChromaPairs, false, O>;
     k.planesToPairs[kChromaPairs][1][O] = planesToPairs<kChromaPairs, true, O>;
+    k.pairsToPairs[O][kYCbCrPairs] = pairsToPairs<O, kYCbCrPairs>;
+    k.pairsToPairs[O][kCbYCrPairs] = pairsToPairs<O, kCbYCrPairs>;
+    k.pairsToPairs[O][kYCrCbPairs] = pairsToPairs<O, kYCrCbPairs>;
 }
 
 constexpr Kernels makeKernels()

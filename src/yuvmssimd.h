@@ -49,6 +49,7 @@ using ChromaRowKernel = int (*)(ChromaRowSource src, Kel8u* cb, Kel8u* cr, int s
 using SplitRowKernel = int (*)(ChromaRowSource src, Kel8u* cb, Kel8u* cr, Kel8u* oddCb, Kel8u* oddCr, int samples);
 using PairsToPlanesKernel = int (*)(const Kel8u* pairs, Kel8u* y, Kel8u* cb, Kel8u* cr, int width);
 using PlanesToPairsKernel = int (*)(const Kel8u* y, const Kel8u* cb, const Kel8u* cr, Kel8u* pairs, int width);
+using PairsToPairsKernel = int (*)(const Kel8u* src, Kel8u* dst, int width);
 
 // The resampling rows of one chroma plane:
 //  oddRowsAveraged  even = S[2k], odd = (S[2k] + Below[2k]) >> 1;
@@ -64,6 +65,7 @@ struct Kernels {
     SplitRowKernel stackedColumns[kChromaForms][kChromaForms];  // [source][destination]
     PairsToPlanesKernel pairsToPlanes[kPairOrders][kPairChromas];
     PlanesToPairsKernel planesToPairs[kChromaForms][2][kPairOrders];  // [source chroma][chroma doubled][order]
+    PairsToPairsKernel pairsToPairs[kPairOrders][kPairOrders];          // [source order][destination order]
     TwoRowsKernel oddRowsAveraged;
     OneRowKernel oddColumnsAveraged;
     OneRowKernel evenColumns;
