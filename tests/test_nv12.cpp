@@ -230,6 +230,71 @@ TEST(Nv12RepackCases, SwappingPixelOrderTwiceRestoresTheRegion)
     EXPECT_TRUE(swapped.intact() && back.intact());
 }
 
+// Rows with no padding between them, some of exactly W pixels under an odd
+// width: byte b of a row comes from byte b ^ 1, and nothing past 2W bytes of
+// a row is read (the source ends at an inaccessible page) or written.
+TEST(Nv12RepackCases, PixelOrderSwapOnRowsWithoutPadding)
+{
+    using Swap = KelResult (*)(const Kel8u*, int, Kel8u*, int, KelImageSize);
+    for (Swap swap : {keliYCbCr422ToCbYCr422_8u_C2R, keliCbYCr422ToYCbCr422_8u_C2R})
+        for (int width : {2, 3, 8, 11, 33, 64, 65})
+            for (int height : {1, 2, 5})
+                for (bool exactRows : {false, true}) {
+                    const int W = width & ~1, rowBytes = exactRows ? 2 * W : 2 * width;
+                    GuardedImage src(rowBytes, height, Placement::Fenced, 0), dst(rowBytes, height, Placement::Guarded, 0);
+                    src.fillRandom(static_cast<std::uint32_t>(width + height));
+                    dst.fill(0xD2);
+                    std::vector<Kel8u> expected = dst.rows();
+                    const std::vector<Kel8u> in = src.rows();
+                    for (int y = 0; y < height; ++y)
+                        for (int b = 0; b < 2 * W; ++b) expected[y * rowBytes + b] = in[y * rowBytes + (b ^ 1)];
+                    EXPECT_EQ(kelOk, swap(src.data(), src.step(), dst.data(), dst.step(), {width, height}));
+                    EXPECT_EQ(expected, dst.rows()) << width << "x" << height << (exactRows ? " exact rows" : "");
+                    EXPECT_TRUE(dst.fenceIntact());
+                }
+}
+
+// NV12 to planes and back through YV12, on planes with no padding between
+// rows: only W x H luma and the W/2 x H/2 chroma samples move, the odd last
+// column and row stay, and the round trip exchanges Cb and Cr.
+TEST(Nv12RepackCases, PlaneToPlaneOnRowsWithoutPadding)
+{
+    for (int width : {2, 3, 8, 13, 64, 65})
+        for (int height : {2, 3, 6}) {
+            const int W = width & ~1, H = height & ~1, chromaWidth = (width + 1) / 2, chromaRows = (height + 1) / 2;
+            GuardedImage luma(width, height, Placement::Fenced, 0), pairs(2 * chromaWidth, chromaRows, Placement::Fenced, 0);
+            luma.fillRandom(static_cast<std::uint32_t>(width));
+            pairs.fillRandom(static_cast<std::uint32_t>(height));
+            GuardedImage y(width, height, Placement::Guarded, 0), cb(chromaWidth, chromaRows, Placement::Guarded, 0),
+                cr(chromaWidth, chromaRows, Placement::Guarded, 0);
+            GuardedImage backY(width, height, Placement::Guarded, 0), back(2 * chromaWidth, chromaRows, Placement::Guarded, 0);
+            for (GuardedImage* g : {&y, &cb, &cr, &backY, &back}) g->fill(0x1F);
+            Kel8u* const planes[3] = {y.data(), cb.data(), cr.data()};
+            const int steps[3] = {y.step(), cb.step(), cr.step()};
+            ASSERT_EQ(kelOk, keliYCbCr420ToYCrCb420_8u_P2P3R(luma.data(), luma.step(), pairs.data(), pairs.step(), planes,
+                                                             steps, {width, height}));
+            const Kel8u* const planesIn[3] = {y.data(), cb.data(), cr.data()};
+            ASSERT_EQ(kelOk, keliYCrCb420ToYCbCr420_8u_P3P2R(planesIn, steps, backY.data(), backY.step(), back.data(),
+                                                             back.step(), {width, height}));
+            const std::string size = std::to_string(width) + "x" + std::to_string(height);
+            for (int r = 0; r < height; ++r)
+                for (int x = 0; x < width; ++x) {
+                    const int want = r < H && x < W ? luma.row(r)[x] : 0x1F;
+                    EXPECT_EQ(want, y.row(r)[x]) << size << " luma " << r << ", " << x;
+                    EXPECT_EQ(want, backY.row(r)[x]) << size << " luma back " << r << ", " << x;
+                }
+            for (int j = 0; j < chromaRows; ++j)
+                for (int i = 0; i < chromaWidth; ++i) {
+                    const bool moved = j < H / 2 && i < W / 2;
+                    EXPECT_EQ(moved ? pairs.row(j)[2 * i] : 0x1F, cb.row(j)[i]) << size << " plane 1 " << j << ", " << i;
+                    EXPECT_EQ(moved ? pairs.row(j)[2 * i + 1] : 0x1F, cr.row(j)[i]) << size << " plane 2 " << j << ", " << i;
+                    EXPECT_EQ(moved ? pairs.row(j)[2 * i + 1] : 0x1F, back.row(j)[2 * i]) << size << " back " << j << ", " << i;
+                    EXPECT_EQ(moved ? pairs.row(j)[2 * i] : 0x1F, back.row(j)[2 * i + 1]) << size << " back " << j << ", " << i;
+                }
+            for (GuardedImage* g : {&y, &cb, &cr, &backY, &back}) EXPECT_TRUE(g->fenceIntact()) << size;
+        }
+}
+
 TEST(Nv12RepackCases, YUY2ToNV12AtHeight3WritesTwoLumaRowsAndOneChromaRow)
 {
     YccImage src(kYUY2, S::S422, 6, 3), dst(kNV12, S::S420, 6, 3);
