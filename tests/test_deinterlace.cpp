@@ -102,7 +102,7 @@ protected:
 
 TEST_P(DeinterlaceInterpolator, FollowsTheFourTapFilterOverRowsInEights)
 {
-    for (int width : {2, 3, 5, 13, 40})
+    for (int width : {2, 3, 5, 13, 40, 131})
         for (int height : {8, 9, 15, 16, 23, 24})
             for (bool tight : {false, true}) expectFilter(width, height, tight);
 }
@@ -318,10 +318,10 @@ template <typename Sample> Kel8u filtered(const Filter& f, int H, Sample s)
 // chroma alike) around row 0 of the frame.
 struct Nv12Rows {
     Nv12Rows(int lumaBytes, int chromaBytes, std::pair<int, int> lumaRows, std::pair<int, int> chromaRows,
-             Placement placement)
+             Placement placement, std::size_t padding = 13)
         : lumaFirst(lumaRows.first), chromaFirst(chromaRows.first),
-          y(lumaBytes, lumaRows.second - lumaRows.first + 1, placement),
-          c(chromaBytes, chromaRows.second - chromaRows.first + 1, placement) {}
+          y(lumaBytes, lumaRows.second - lumaRows.first + 1, placement, padding),
+          c(chromaBytes, chromaRows.second - chromaRows.first + 1, placement, padding) {}
     const Kel8u* luma(int r) const { return y.row(r - lumaFirst); }
     const Kel8u* chroma(int k) const { return c.row(k - chromaFirst); }
     int lumaFirst, chromaFirst;
@@ -331,12 +331,14 @@ struct Nv12Rows {
 // A destination, YUY2 or planes Y, Cb, Cr, with three luma rows (two chroma
 // rows) above the frame and one below, all guarded.
 struct Target {
-    Target(bool pixelOrder, int width, int height)
+    Target(bool pixelOrder, int width, int height, std::size_t padding = 13)
     {
-        planes.push_back(std::make_unique<GuardedImage>(pixelOrder ? 2 * width : width, height + 4));
+        planes.push_back(std::make_unique<GuardedImage>(pixelOrder ? 2 * width : width, height + 4,
+                                                        Placement::Guarded, padding));
         if (!pixelOrder)
             for (int p = 1; p < 3; ++p)
-                planes.push_back(std::make_unique<GuardedImage>((width + 1) / 2, (height + 1) / 2 + 3));
+                planes.push_back(std::make_unique<GuardedImage>((width + 1) / 2, (height + 1) / 2 + 3,
+                                                                Placement::Guarded, padding));
     }
     Kel8u* luma(int r) { return planes[0]->row(r + 3); }
     Kel8u* chroma(int p, int k) { return planes[p]->row(k + 2); }
@@ -412,8 +414,9 @@ class Deinterlace : public ::testing::TestWithParam<Deinterlacer> {
 protected:
     // One call at width x height in `layout`, against the model: the source
     // holds just the rows the tables read (tight: and just W columns, ending
-    // at an inaccessible page; otherwise one spare row each side).
-    void expectLayout(int layout, int width, int height, bool tight)
+    // at an inaccessible page; otherwise one spare row each side); rows are
+    // `padding` bytes apart.
+    void expectLayout(int layout, int width, int height, bool tight, std::size_t padding = 13)
     {
         const Deinterlacer& m = GetParam();
         const int W = width & ~1, H = height & ~1;
@@ -421,16 +424,16 @@ protected:
         auto lumaRows = reach(rules.luma, H), chromaRows = reach(rules.chroma, H);
         if (!tight) lumaRows = {lumaRows.first - 1, lumaRows.second + 1}, chromaRows = {chromaRows.first - 1, chromaRows.second + 1};
         Nv12Rows src(tight ? W : width, tight ? W : (width + 1) & ~1, lumaRows, chromaRows,
-                     tight ? Placement::Fenced : Placement::Guarded);
+                     tight ? Placement::Fenced : Placement::Guarded, padding);
         src.y.fillRandom(static_cast<std::uint32_t>(layout * 100 + width * 10 + height));
         src.c.fillRandom(static_cast<std::uint32_t>(layout * 100 + width * 10 + height + 1));
         const auto lumaBefore = src.y.rows(), chromaBefore = src.c.rows();
-        Target dst(m.pixelOrder, width, height), expected(m.pixelOrder, width, height);
+        Target dst(m.pixelOrder, width, height, padding), expected(m.pixelOrder, width, height, padding);
         dst.fill(0x99);
         expected.fill(0x99);
         deinterlaced(m, layout, W, H, src, expected, 0);
         const std::string what = "layout " + std::to_string(layout) + " at " + std::to_string(width) + "x" +
-                                 std::to_string(height) + (tight ? " tight" : "");
+                                 std::to_string(height) + (tight ? " tight" : "") + (padding ? "" : " unpadded");
         EXPECT_EQ(kelOk, m.call(src, dst, 0, {width, height}, layout)) << what;
         EXPECT_EQ(expected.rows(), dst.rows()) << what;
         EXPECT_TRUE(dst.intact()) << what;
@@ -449,10 +452,13 @@ protected:
 
 TEST_P(Deinterlace, EachLayoutWritesTheRowsOfItsTable)
 {
-    const std::pair<int, int> sizes[] = {{2, 2}, {3, 3}, {2, 4}, {3, 5}, {4, 6}, {5, 8}, {13, 9}, {6, 12}, {16, 10}};
+    const std::pair<int, int> sizes[] = {{2, 2}, {3, 3}, {2, 4}, {3, 5}, {4, 6}, {5, 8}, {13, 9}, {6, 12}, {16, 10}, {67, 6}, {130, 4}, {131, 11}};
     for (int layout : std::initializer_list<int>{kelSliceTop, kelSliceMiddle, kelSliceBottom, 21, 53, 23, -1})
         for (auto [width, height] : sizes)
-            for (bool tight : {false, true}) expectLayout(layout, width, height, tight);
+            for (bool tight : {false, true}) {
+                expectLayout(layout, width, height, tight);
+                expectLayout(layout, width, height, tight, 0);
+            }
 }
 
 TEST_P(Deinterlace, WholeFrameOf3x5WorksOn2x4Only)
@@ -536,63 +542,68 @@ TEST_P(Deinterlace, FlatImagesComeOutAsTheRoundingTermsSay)
     }
 }
 
-// A frame cut into slices: given in every order the calls give the same
-// bytes, the model's; and each destination byte of the frame is written by
-// exactly one call (a byte counts as written when it differs from the fill
-// after a call on a destination filled with 0x00, or on one filled with 0xFF).
+// A frame of `width` cut into slices of the heights in `cut`, top first:
+// given in every order the calls give the same bytes, the model's; and each
+// destination byte of the frame is written by exactly one call (a byte counts
+// as written when it differs from the fill after a call on a destination
+// filled with 0x00, or on one filled with 0xFF).
+void expectSlices(const Deinterlacer& m, int width, const std::vector<int>& cut)
+{
+    const int W = width & ~1;
+    std::vector<std::pair<int, int>> slices;  // frame row, slice height
+    int height = 0;
+    for (int h : cut) slices.emplace_back(std::exchange(height, height + h), h);
+    auto layoutOf = [&](std::size_t i) {
+        return i == 0 ? kelSliceTop : i + 1 == slices.size() ? kelSliceBottom : kelSliceMiddle;
+    };
+    Nv12Rows src(W, W, {0, height - 1}, {0, height / 2 - 1}, Placement::Fenced);
+    src.y.fillRandom(static_cast<std::uint32_t>(height));
+    src.c.fillRandom(static_cast<std::uint32_t>(height + 1));
+
+    Target expected(m.pixelOrder, width, height), frame(m.pixelOrder, width, height), mask(m.pixelOrder, width, height);
+    expected.fill(0x5C);
+    mask.fill(0);
+    for (int y = 0; y < height; ++y) std::fill_n(mask.luma(y), m.pixelOrder ? 2 * W : W, 1);
+    for (int p = 1; p < (m.pixelOrder ? 1 : 3); ++p)
+        for (int k = 0; k < height / 2; ++k) std::fill_n(mask.chroma(p, k), W / 2, 1);
+    std::vector<int> writes(expected.rows().size(), 0);
+    for (std::size_t i = 0; i < slices.size(); ++i) {
+        const auto [top, h] = slices[i];
+        deinterlaced(m, layoutOf(i), W, h, src, expected, top);
+        for (Kel8u fill : {Kel8u(0x00), Kel8u(0xFF)}) {
+            frame.fill(fill);
+            ASSERT_EQ(kelOk, m.call(src, frame, top, {width, h}, layoutOf(i)));
+            const auto after = frame.rows();
+            for (std::size_t b = 0; b < after.size(); ++b)
+                if (after[b] != fill) writes[b] |= 1 << i;
+        }
+    }
+    const auto inFrame = mask.rows();
+    for (std::size_t b = 0; b < writes.size(); ++b) {
+        const int calls = __builtin_popcount(static_cast<unsigned>(writes[b]));
+        EXPECT_EQ(int(inFrame[b]), calls) << "byte " << b << " of the cut of " << cut.size() << ", written by mask "
+                                          << writes[b];
+    }
+
+    std::vector<std::size_t> order(slices.size());
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+    do {
+        frame.fill(0x5C);
+        for (std::size_t i : order) {
+            const auto [top, h] = slices[i];
+            ASSERT_EQ(kelOk, m.call(src, frame, top, {width, h}, layoutOf(i)));
+        }
+        EXPECT_EQ(expected.rows(), frame.rows()) << "cut of " << cut.size() << ", first slice " << order[0];
+        EXPECT_TRUE(frame.intact());
+    } while (std::next_permutation(order.begin(), order.end()));
+}
+
 TEST_P(Deinterlace, SlicesInAnyOrderWriteEveryRowOnce)
 {
-    const Deinterlacer& m = GetParam();
-    const int width = 7, W = 6;
-    for (const std::vector<int>& cut : {std::vector<int>{4, 6, 2, 4}, std::vector<int>{6, 2}, std::vector<int>{8, 8},
-                                        std::vector<int>{4, 2, 2, 2, 6}}) {
-        std::vector<std::pair<int, int>> slices;  // frame row, slice height
-        int height = 0;
-        for (int h : cut) slices.emplace_back(std::exchange(height, height + h), h);
-        auto layoutOf = [&](std::size_t i) {
-            return i == 0 ? kelSliceTop : i + 1 == slices.size() ? kelSliceBottom : kelSliceMiddle;
-        };
-        Nv12Rows src(W, W, {0, height - 1}, {0, height / 2 - 1}, Placement::Fenced);
-        src.y.fillRandom(static_cast<std::uint32_t>(height));
-        src.c.fillRandom(static_cast<std::uint32_t>(height + 1));
-
-        Target expected(m.pixelOrder, width, height), frame(m.pixelOrder, width, height), mask(m.pixelOrder, width, height);
-        expected.fill(0x5C);
-        mask.fill(0);
-        for (int y = 0; y < height; ++y) std::fill_n(mask.luma(y), m.pixelOrder ? 2 * W : W, 1);
-        for (int p = 1; p < (m.pixelOrder ? 1 : 3); ++p)
-            for (int k = 0; k < height / 2; ++k) std::fill_n(mask.chroma(p, k), W / 2, 1);
-        std::vector<int> writes(expected.rows().size(), 0);
-        for (std::size_t i = 0; i < slices.size(); ++i) {
-            const auto [top, h] = slices[i];
-            deinterlaced(m, layoutOf(i), W, h, src, expected, top);
-            for (Kel8u fill : {Kel8u(0x00), Kel8u(0xFF)}) {
-                frame.fill(fill);
-                ASSERT_EQ(kelOk, m.call(src, frame, top, {width, h}, layoutOf(i)));
-                const auto after = frame.rows();
-                for (std::size_t b = 0; b < after.size(); ++b)
-                    if (after[b] != fill) writes[b] |= 1 << i;
-            }
-        }
-        const auto inFrame = mask.rows();
-        for (std::size_t b = 0; b < writes.size(); ++b) {
-            const int calls = __builtin_popcount(static_cast<unsigned>(writes[b]));
-            EXPECT_EQ(int(inFrame[b]), calls) << "byte " << b << " of the cut of " << cut.size() << ", written by mask "
-                                              << writes[b];
-        }
-
-        std::vector<std::size_t> order(slices.size());
-        for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-        do {
-            frame.fill(0x5C);
-            for (std::size_t i : order) {
-                const auto [top, h] = slices[i];
-                ASSERT_EQ(kelOk, m.call(src, frame, top, {width, h}, layoutOf(i)));
-            }
-            EXPECT_EQ(expected.rows(), frame.rows()) << "cut of " << cut.size() << ", first slice " << order[0];
-            EXPECT_TRUE(frame.intact());
-        } while (std::next_permutation(order.begin(), order.end()));
-    }
+    for (const int width : {7, 131})
+        for (const std::vector<int>& cut : {std::vector<int>{4, 6, 2, 4}, std::vector<int>{6, 2}, std::vector<int>{8, 8},
+                                            std::vector<int>{4, 2, 2, 2, 6}})
+            expectSlices(GetParam(), width, cut);
 }
 
 INSTANTIATE_TEST_SUITE_P(Deinterlace, Deinterlace, ::testing::ValuesIn(kDeinterlacers),

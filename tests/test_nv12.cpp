@@ -145,7 +145,7 @@ protected:
 TEST_P(Nv12Repack, FollowsItsRuleAtOddAndSmallestSizesWithoutWarning)
 {
     const int firstHeight = GetParam().wholeHeight ? 1 : 2;
-    for (int width : {2, 3, 4, 5, 13, 70})
+    for (int width : {2, 3, 4, 5, 13, 70, 131})
         for (int height : {1, 2, 3, 4, 9})
             if (height >= firstHeight)
                 for (bool tight : {false, true}) expectRules(width, height, tight);
