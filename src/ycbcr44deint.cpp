@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #include "callframe.h"
@@ -34,16 +35,19 @@ constexpr int kTruncate = 0;
 // below.  The frame's top row, 3 * Y[0] + Y[1], and bottom row,
 // Y[H-2] + 3 * Y[H-1], are this tap with the missing row replaced by the edge
 // row itself.  At most (4 * 255 + 4) >> 2 = 256, so only the top is clamped.
+// The sum fits in 16 bits; saying so lets the compiler keep 16-bit lanes.
 inline int lumaTap(int above, int row, int below, int round)
 {
-    return std::min((above + 2 * row + below + round) >> 2, 255);
+    const std::uint16_t sum = static_cast<std::uint16_t>(above + 2 * row + below + round);
+    return std::min(sum >> 2, 255);
 }
 
 // One deinterlaced chroma sample: the mean of two chroma rows.  Over one row
 // taken twice with no rounding it is that row unchanged: (c + c) >> 1 = c.
 inline int chromaTap(int first, int second, int round)
 {
-    return std::min((first + second + round) >> 1, 255);
+    const std::uint16_t sum = static_cast<std::uint16_t>(first + second + round);
+    return std::min(sum >> 1, 255);
 }
 
 // ---- deinterlacing layouts ---------------------------------------------------------------
@@ -457,13 +461,16 @@ void innerNV12ToYUY2Deinterlace_P2C2R(const Kel8u* above, const Kel8u* upper, co
 namespace {
 
 // (9 * (upper + lower) - above - below + 8) >> 4, an arithmetic shift of a sum
-// that can be negative, clamped to 0 .. 255.
+// that can be negative, clamped to 0 .. 255.  The sum lies in -510 .. 4598:
+// 16-bit lanes hold it.
 void interpolatedRow(const Kel8u* above, const Kel8u* upper, const Kel8u* lower, const Kel8u* below, Kel8u* dst,
                      int samples)
 {
-    for (int k = 0; k < samples; ++k)
-        dst[k] = saturateByte((kInnerTap * (upper[k] + lower[k]) - above[k] - below[k] + kInterpolatedRound) >>
-                              kInterpolatedShift);
+    for (int k = 0; k < samples; ++k) {
+        const std::int16_t sum =
+            static_cast<std::int16_t>(kInnerTap * (upper[k] + lower[k]) - above[k] - below[k] + kInterpolatedRound);
+        dst[k] = saturateByte(sum >> kInterpolatedShift);
+    }
 }
 
 template <int Pitch>
