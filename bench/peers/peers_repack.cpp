@@ -181,6 +181,21 @@ void addRepackJobs(std::vector<Job>& jobs)
     addMember(jobs, "keliCbYCr422ToYCrCb420_8u_C2P3R", 16, 12, call(keliCbYCr422ToYCrCb420_8u_C2P3R, k422Steps));
     addMember(jobs, "keliYCbCr422ToYCbCr420_8u_C2P2R", 16, 12, call(keliYCbCr422ToYCbCr420_8u_C2P2R, cbcr420));
     addMember(jobs, "keliCbYCr422ToYCbCr420_8u_C2P2R", 16, 12, call(keliCbYCr422ToYCbCr420_8u_C2P2R, cbcr420));
+    // Filtered: the four-tap chroma interpolators (which read their even rows
+    // back from the destination: not counted) and whole-frame deinterlacing.
+    addMember(jobs, "keliYCbCr420ToYCbCr422_Filter_8u_P3R", 12, 16,
+              call(keliYCbCr420ToYCbCr422_Filter_8u_P3R, k422Steps, k422Steps));
+    addMember(jobs, "keliYCbCr420ToYCbCr422_Filter_8u_P2P3R", 12, 16,
+              call(keliYCbCr420ToYCbCr422_Filter_8u_P2P3R, cbcr420, k422Steps));
+    constexpr int kWholeFrame = kelSliceTop | kelSliceMiddle | kelSliceBottom;
+    addMember(jobs, "keliYCbCr420ToYCbCr422_Filter_8u_P2C2R", 12, 16, [=] {
+        keliYCbCr420ToYCbCr422_Filter_8u_P2C2R(source().y.data(), kWidth, source().cbcr.data(), cbcr420,
+                                               destination().pairs.data(), 2 * kWidth, kSize, kWholeFrame);
+    });
+    addMember(jobs, "keliYCbCr420ToYCrCb420_Filter_8u_P2P3R", 12, 12, [=] {
+        keliYCbCr420ToYCrCb420_Filter_8u_P2P3R(source().y.data(), kWidth, source().cbcr.data(), cbcr420,
+                                               destination().planes, k422Steps.s, kSize, kWholeFrame);
+    });
 
 #if KELCC_HAVE_LIBYUV
     // The same jobs in libyuv, on the peer's own pair of images.
