@@ -8,8 +8,10 @@
 
 #include "callframe.h"
 #include "rowstore.h"
+#include "ycbcr44deintsimd.h"
 
 using namespace kel;
+using FastKernels = simddeint::Kernels;
 
 namespace {
 
@@ -292,7 +294,8 @@ KEL_API KelResult keliYCbCr420ToYCrCb420_Filter_8u_P2P3R(const Kel8u* pSrcY, int
 namespace {
 
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows);
+void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows,
+                            const FastKernels* fast);
 
 inline void copyLuma(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int width, int height)
 {
@@ -308,10 +311,11 @@ inline void copyLuma(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int
 void ownYCbCr420ToYCbCr422Filter_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
                                         const int dstStep[3], int width, int height, bool exchangePlanes)
 {
+    const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrc[0], srcStep[0], pDst[0], dstStep[0], width, height);
     for (int c = 1; c < 3; ++c) {
         const int from = exchangePlanes ? 3 - c : c;
-        interpolateChromaPlane<1>(pSrc[from], srcStep[from], pDst[c], dstStep[c], width / 2, height / 2);
+        interpolateChromaPlane<1>(pSrc[from], srcStep[from], pDst[c], dstStep[c], width / 2, height / 2, fast);
     }
 }
 
@@ -319,9 +323,10 @@ void ownYCbCr420ToYCbCr422Filter_8u_P3R(const Kel8u* const pSrc[3], const int sr
 void ownYCbCr420ToYCbCr422Filter_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,
                                           Kel8u* const pDst[3], const int dstStep[3], int width, int height)
 {
+    const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrcY, srcYStep, pDst[0], dstStep[0], width, height);
     for (int c = 1; c < 3; ++c)
-        interpolateChromaPlane<2>(pSrcCbCr + (c - 1), srcCbCrStep, pDst[c], dstStep[c], width / 2, height / 2);
+        interpolateChromaPlane<2>(pSrcCbCr + (c - 1), srcCbCrStep, pDst[c], dstStep[c], width / 2, height / 2, fast);
 }
 
 void myNV12ToYUY2Deinterlace_All_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,
@@ -382,16 +387,27 @@ void deinterlacedChromaRow(const Kel8u* first, const Kel8u* second, int round, K
 // destination, with the rows past either edge replaced by the edge row.  The
 // even rows are written just ahead of the odd row that needs them, so every
 // destination row is written once.
+//
+// Where the vector kernels are given, they do each row's first samples and
+// the scalar kernels the rest.
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows)
+void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows,
+                            const FastKernels* fast)
 {
     const int last = sourceRows - 1;
     const auto even = [&](int j) { return rowAt(dst, dstStep, 2 * std::clamp(j, 0, last)); };
     int copied = 0;
     for (int j = 0; j < sourceRows; ++j) {
-        for (; copied <= std::min(j + 2, last); ++copied)
-            chromaCopyRow<Pitch>(rowAt(src, srcStep, copied), rowAt(dst, dstStep, 2 * copied), samples);
-        interpolatedRow(even(j - 1), even(j), even(j + 1), even(j + 2), rowAt(dst, dstStep, 2 * j + 1), samples);
+        for (; copied <= std::min(j + 2, last); ++copied) {
+            const Kel8u* from = rowAt(src, srcStep, copied);
+            Kel8u* to = rowAt(dst, dstStep, 2 * copied);
+            const int done = Pitch == 2 && fast ? fast->evenBytes(from, to, samples) : 0;
+            chromaCopyRow<Pitch>(from + Pitch * done, to + done, samples - done);
+        }
+        const Kel8u *a = even(j - 1), *b = even(j), *c = even(j + 1), *d = even(j + 2);
+        Kel8u* to = rowAt(dst, dstStep, 2 * j + 1);
+        const int done = fast ? fast->interpolatedRow(a, b, c, d, to, samples) : 0;
+        interpolatedRow(a + done, b + done, c + done, d + done, to + done, samples - done);
     }
 }
 
@@ -400,15 +416,22 @@ void walkPairs(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcC
                int width, int height, const PairTable& layout)
 {
     const Interlaced src(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep, layout.edges, height);
+    const FastKernels* fast = simddeint::chooseKernels();
     const int pairs = height / 2;
     for (int i = 0; i < layout.runs; ++i) {
         const PairRun& run = layout.run[i];
-        for (int p = run.first.in(pairs); p <= run.last.in(pairs); ++p)
-            innerNV12ToYUY2Deinterlace_P2C2R(src.lumaRow(2 * p - 1), src.lumaRow(2 * p), src.lumaRow(2 * p + 1),
-                                             src.lumaRow(2 * p + 2), run.upperRound, run.lowerRound,
-                                             src.chromaRow(p + run.chromaFirst), src.chromaRow(p + run.chromaSecond),
-                                             run.chromaRound, rowAt(pDst, dstStep, 2 * p), rowAt(pDst, dstStep, 2 * p + 1),
-                                             width);
+        for (int p = run.first.in(pairs); p <= run.last.in(pairs); ++p) {
+            const Kel8u *above = src.lumaRow(2 * p - 1), *upper = src.lumaRow(2 * p), *lower = src.lumaRow(2 * p + 1),
+                        *below = src.lumaRow(2 * p + 2);
+            const Kel8u *first = src.chromaRow(p + run.chromaFirst), *second = src.chromaRow(p + run.chromaSecond);
+            Kel8u *dstUpper = rowAt(pDst, dstStep, 2 * p), *dstLower = rowAt(pDst, dstStep, 2 * p + 1);
+            const int done = fast ? fast->yuy2Rows(above, upper, lower, below, run.upperRound, run.lowerRound, first,
+                                                   second, run.chromaRound, dstUpper, dstLower, width)
+                                  : 0;
+            innerNV12ToYUY2Deinterlace_P2C2R(above + done, upper + done, lower + done, below + done, run.upperRound,
+                                             run.lowerRound, first + done, second + done, run.chromaRound,
+                                             dstUpper + 2 * done, dstLower + 2 * done, width - done);
+        }
     }
 }
 
@@ -418,17 +441,25 @@ void walkPlanes(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int src
 {
     const Interlaced src(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep, layout.edges, height);
     const PlaneRows<Kel8u> dst(pDst, dstStep);
+    const FastKernels* fast = simddeint::chooseKernels();
     for (int i = 0; i < layout.lumaRuns; ++i) {
         const LumaRun& run = layout.luma[i];
-        for (int r = run.first.in(height); r <= run.last.in(height); ++r)
-            deinterlacedLumaRow(src.lumaRow(r - 1), src.lumaRow(r), src.lumaRow(r + 1), run.round, dst.row(0, r), width);
+        for (int r = run.first.in(height); r <= run.last.in(height); ++r) {
+            const Kel8u *above = src.lumaRow(r - 1), *row = src.lumaRow(r), *below = src.lumaRow(r + 1);
+            Kel8u* to = dst.row(0, r);
+            const int done = fast ? fast->lumaRow(above, row, below, run.round, to, width) : 0;
+            deinterlacedLumaRow(above + done, row + done, below + done, run.round, to + done, width - done);
+        }
     }
-    const int chromaRows = height / 2;
+    const int chromaRows = height / 2, samples = width / 2;
     for (int i = 0; i < layout.chromaRuns; ++i) {
         const ChromaRun& run = layout.chroma[i];
-        for (int k = run.first.in(chromaRows); k <= run.last.in(chromaRows); ++k)
-            deinterlacedChromaRow(src.chromaRow(k + run.chromaFirst), src.chromaRow(k + run.chromaSecond), run.round,
-                                  dst.row(1, k), dst.row(2, k), width / 2);
+        for (int k = run.first.in(chromaRows); k <= run.last.in(chromaRows); ++k) {
+            const Kel8u *first = src.chromaRow(k + run.chromaFirst), *second = src.chromaRow(k + run.chromaSecond);
+            Kel8u *cb = dst.row(1, k), *cr = dst.row(2, k);
+            const int done = fast ? fast->chromaRow(first, second, run.round, cb, cr, samples) : 0;
+            deinterlacedChromaRow(first + 2 * done, second + 2 * done, run.round, cb + done, cr + done, samples - done);
+        }
     }
 }
 
