@@ -401,7 +401,7 @@ void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstSt
         for (; copied <= std::min(j + 2, last); ++copied) {
             const Kel8u* from = rowAt(src, srcStep, copied);
             Kel8u* to = rowAt(dst, dstStep, 2 * copied);
-            const int done = Pitch == 2 && fast ? fast->evenBytes(from, to, samples) : 0;
+            const int done = !fast ? 0 : Pitch == 1 ? fast->copiedRow(from, to, samples) : fast->evenBytes(from, to, samples);
             chromaCopyRow<Pitch>(from + Pitch * done, to + done, samples - done);
         }
         const Kel8u *a = even(j - 1), *b = even(j), *c = even(j + 1), *d = even(j + 2);

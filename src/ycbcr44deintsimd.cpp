@@ -131,6 +131,57 @@ KEL_KERNEL int yuy2Rows(const Kel8u* above, const Kel8u* upper, const Kel8u* low
 
 // ---- interpolation ---------------------------------------------------------------------------
 
+// The filter's taps -1, 9, 9, -1.
+constexpr int kInnerTapWeight = 9;
+
+#if HWY_TARGET == HWY_AVX3 || HWY_TARGET == HWY_AVX3_DL
+#define KEL_PAIR_SUMS 1
+HWY_INLINE __m512i pairSums(__m512i bytes, __m512i weights) { return _mm512_maddubs_epi16(bytes, weights); }
+HWY_INLINE __m512i packClamped(__m512i low, __m512i high) { return _mm512_packus_epi16(low, high); }
+#elif HWY_TARGET == HWY_AVX2
+#define KEL_PAIR_SUMS 1
+HWY_INLINE __m256i pairSums(__m256i bytes, __m256i weights) { return _mm256_maddubs_epi16(bytes, weights); }
+HWY_INLINE __m256i packClamped(__m256i low, __m256i high) { return _mm256_packus_epi16(low, high); }
+#elif HWY_TARGET == HWY_SSSE3 || HWY_TARGET == HWY_SSE4
+#define KEL_PAIR_SUMS 1
+HWY_INLINE __m128i pairSums(__m128i bytes, __m128i weights) { return _mm_maddubs_epi16(bytes, weights); }
+HWY_INLINE __m128i packClamped(__m128i low, __m128i high) { return _mm_packus_epi16(low, high); }
+#else
+#define KEL_PAIR_SUMS 0
+#endif
+
+#if KEL_PAIR_SUMS
+// n samples a step, in as few operations as the filter allows: the bytes of
+// upper and lower interleaved (within each 16-byte block), and those of above
+// and below, so that one multiply-add of byte pairs gives 9 (upper + lower)
+// in a 16-bit lane (at most 4590: the saturating add never saturates) and
+// another -(above + below).  The fixed-point multiply by 2048 is
+// (sum * 2048 + 2^14) >> 15 = (sum + 8) >> 4 with an arithmetic shift; the
+// pack saturates the signed lanes to 0 .. 255, the clamp, and puts the
+// block's lower and upper halves back in order.
+KEL_KERNEL int interpolatedRow(const Kel8u* above, const Kel8u* upper, const Kel8u* lower, const Kel8u* below,
+                               Kel8u* dst, int samples)
+{
+    const DU8 d;
+    const DI16 di16;
+    const int n = static_cast<int>(hn::Lanes(d));
+    const VU8 inner = hn::Set(d, static_cast<std::uint8_t>(kInnerTapWeight));
+    const VU8 outer = hn::Set(d, static_cast<std::uint8_t>(0xFF));  // -1 as a signed byte
+    const auto shift = hn::Set(di16, 2048);
+    const auto tap = [&](VU8 innerPairs, VU8 outerPairs) {
+        const auto sum = hn::Add(hn::Vec<DI16>{pairSums(innerPairs.raw, inner.raw)},
+                                 hn::Vec<DI16>{pairSums(outerPairs.raw, outer.raw)});
+        return hn::MulFixedPoint15(sum, shift);
+    };
+    return wholeSteps(samples, n, 1, [&](int k) {
+        const VU8 a = hn::LoadU(d, above + k), u = hn::LoadU(d, upper + k), l = hn::LoadU(d, lower + k),
+                  b = hn::LoadU(d, below + k);
+        const auto low = tap(hn::InterleaveLower(d, u, l), hn::InterleaveLower(d, a, b));
+        const auto high = tap(hn::InterleaveUpper(d, u, l), hn::InterleaveUpper(d, a, b));
+        hn::StoreU(VU8{packClamped(low.raw, high.raw)}, d, dst + k);
+    });
+}
+#else
 // (9 (upper + lower) - above - below + 8) >> 4 over one set of 16-bit lanes
 // holding bytes: the sum lies in -510 .. 4598, inside 16 bits; the shift is
 // arithmetic, as the scalar shift of a signed sum is; then the clamp to
@@ -141,7 +192,7 @@ HWY_INLINE hn::Vec<DU16> interpolatedLanes(hn::Vec<DU16> above, hn::Vec<DU16> up
     const DI16 di16;
     const DU16 du16;
     const auto inner = hn::BitCast(di16, hn::Add(upper, lower));
-    const auto sum = hn::Add(hn::Sub(hn::Sub(hn::Mul(inner, hn::Set(di16, 9)), hn::BitCast(di16, above)),
+    const auto sum = hn::Add(hn::Sub(hn::Sub(hn::Mul(inner, hn::Set(di16, kInnerTapWeight)), hn::BitCast(di16, above)),
                                      hn::BitCast(di16, below)),
                              hn::Set(di16, 8));
     const auto clamped = hn::Min(hn::Max(hn::ShiftRight<4>(sum), hn::Zero(di16)), hn::Set(di16, 255));
@@ -167,21 +218,44 @@ KEL_KERNEL int interpolatedRow(const Kel8u* above, const Kel8u* upper, const Kel
         hn::StoreU(hn::BitCast(d, hn::Or(even, hn::ShiftLeft<8>(odd))), d, dst + k);
     });
 }
+#endif
+#undef KEL_PAIR_SUMS
 
-// dst[k] = src[2k], n samples a step.  A step reads the odd bytes too, and
-// the last sample's odd neighbour may lie past the row (the Cr plane of a
-// row of pairs starts one byte in), so the last sample is left to the
-// scalar kernel.
+// The even rows of the interpolator are copied in the same whole steps as
+// the odd rows' kernel reads them back: each load then finds one store of
+// the same bytes to forward from, where a copy in other steps (memcpy's own,
+// or a scalar tail) leaves loads that straddle two stores and wait for both
+// to reach the cache.
+
+// dst[k] = src[k], n samples a step.
+KEL_KERNEL int copiedRow(const Kel8u* src, Kel8u* dst, int samples)
+{
+    const DU8 d;
+    const int n = static_cast<int>(hn::Lanes(d));
+    return wholeSteps(samples, n, 1, [&](int k) { hn::StoreU(hn::LoadU(d, src + k), d, dst + k); });
+}
+
+// dst[k] = src[2k], n samples a step, reading no further than src[2k] of the
+// last sample (its odd neighbour may lie past the row: the Cr plane of a row
+// of pairs starts one byte in).  Steps whose odd bytes lie inside the row
+// take the even bytes of two loads; the last step, at samples - n as
+// wholeSteps places it, the odd bytes of two loads one byte earlier, which
+// needs a byte before it (samples > n).
 KEL_KERNEL int evenBytes(const Kel8u* src, Kel8u* dst, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    return wholeSteps(samples - 1, n, 1, [&](int k) {
+    if (samples <= n) return 0;
+    int k = 0;
+    for (; k + n < samples; k += n)
         hn::StoreU(hn::ConcatEven(d, hn::LoadU(d, src + 2 * k + n), hn::LoadU(d, src + 2 * k)), d, dst + k);
-    });
+    const int last = samples - n;
+    const Kel8u* from = src + 2 * last - 1;
+    hn::StoreU(hn::ConcatOdd(d, hn::LoadU(d, from + n), hn::LoadU(d, from)), d, dst + last);
+    return samples;
 }
 
-constexpr Kernels kKernels{lumaRow, chromaRow, yuy2Rows, interpolatedRow, evenBytes};
+constexpr Kernels kKernels{lumaRow, chromaRow, yuy2Rows, interpolatedRow, copiedRow, evenBytes};
 
 const Kernels* kernelsOfTarget()
 {

@@ -17,6 +17,7 @@ namespace kel::simddeint {
 //             sharing the chroma of chromaRow left as Cb, Cr pairs; returns
 //             pixels, a multiple of 2
 //  interpolatedRow  clamp((9 (upper + lower) - above - below + 8) >> 4)
+//  copiedRow  dst[k] = src[k]
 //  evenBytes  dst[k] = src[2k], reading no further than src[2 samples - 2]
 using LumaRowKernel = int (*)(const Kel8u* above, const Kel8u* row, const Kel8u* below, int round, Kel8u* dst,
                               int width);
@@ -27,14 +28,15 @@ using YUY2RowsKernel = int (*)(const Kel8u* above, const Kel8u* upper, const Kel
                                int chromaRound, Kel8u* dstUpper, Kel8u* dstLower, int width);
 using InterpolatedRowKernel = int (*)(const Kel8u* above, const Kel8u* upper, const Kel8u* lower, const Kel8u* below,
                                       Kel8u* dst, int samples);
-using EvenBytesKernel = int (*)(const Kel8u* src, Kel8u* dst, int samples);
+using RowCopyKernel = int (*)(const Kel8u* src, Kel8u* dst, int samples);
 
 struct Kernels {
     LumaRowKernel lumaRow;
     ChromaRowKernel chromaRow;
     YUY2RowsKernel yuy2Rows;
     InterpolatedRowKernel interpolatedRow;
-    EvenBytesKernel evenBytes;
+    RowCopyKernel copiedRow;
+    RowCopyKernel evenBytes;
 };
 
 // The kernels of the fastest target this processor runs, chosen once per

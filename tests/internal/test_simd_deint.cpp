@@ -158,7 +158,7 @@ TEST(SimdDeint, InterpolatedRowMatchesTheFilterAndWritesNothingElse)
     });
 }
 
-TEST(SimdDeint, EvenBytesReadNoFurtherThanTheLastEvenByte)
+TEST(SimdDeint, RowCopiesReadNoFurtherThanTheirLastByte)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
         const Kernels* fast = kel::simddeint::chooseKernels();
@@ -176,6 +176,14 @@ TEST(SimdDeint, EvenBytesReadNoFurtherThanTheLastEvenByte)
             expectCount(done, samples, 1, what);
             for (int k = 0; k < done; ++k) expected.row(0)[k] = src[2 * k];
             ASSERT_TRUE(dst.bytes == expected.bytes) << what;
+
+            const std::vector<std::uint8_t> row(src.begin(), src.begin() + std::min<int>(samples, src.size()));
+            kt::RandomRows copy(1, samples, 3, gen);
+            kt::RandomRows copyExpected = copy;
+            const int copied = fast->copiedRow(row.data(), copy.row(0), static_cast<int>(row.size()));
+            expectCount(copied, static_cast<int>(row.size()), 0, what);
+            for (int k = 0; k < copied; ++k) copyExpected.row(0)[k] = row[k];
+            ASSERT_TRUE(copy.bytes == copyExpected.bytes) << what;
         }
     });
 }
