@@ -106,6 +106,38 @@ KEL_KERNEL int chromaRow(const Kel8u* first, const Kel8u* second, int round, Kel
     });
 }
 
+#if HWY_TARGET == HWY_AVX3_DL
+// Where each byte of two 64-byte vectors of YUY2 (32 pixels each) comes from,
+// for VBMI's two-source byte permute: luma byte i is at i, chroma byte i at
+// 64 + i; the pixels' bytes alternate luma, chroma.
+struct PairPermutes {
+    alignas(64) std::uint8_t at[2][64];
+};
+constexpr PairPermutes makePairPermutes()
+{
+    PairPermutes t{};
+    for (int k = 0; k < 2; ++k) {
+        for (int j = 0; j < 64; ++j) t.at[k][j] = static_cast<std::uint8_t>((j & 1 ? 64 : 0) + 32 * k + j / 2);
+    }
+    return t;
+}
+alignas(64) constexpr PairPermutes kPairPermutes = makePairPermutes();
+#endif
+
+// n luma bytes and n chroma bytes interleaved, 2n bytes from dst: two byte
+// permutes on AVX3_DL, Highway's interleaving store elsewhere.
+HWY_INLINE void storePixelPairs(DU8 d, VU8 luma, VU8 chroma, Kel8u* dst)
+{
+#if HWY_TARGET == HWY_AVX3_DL
+    (void)d;
+    const __m512i first = _mm512_load_si512(kPairPermutes.at[0]), second = _mm512_load_si512(kPairPermutes.at[1]);
+    _mm512_storeu_si512(dst, _mm512_permutex2var_epi8(luma.raw, first, chroma.raw));
+    _mm512_storeu_si512(dst + 64, _mm512_permutex2var_epi8(luma.raw, second, chroma.raw));
+#else
+    hn::StoreInterleaved2(luma, chroma, d, dst);
+#endif
+}
+
 // Two YUY2 rows, 2n pixels a step.  The chroma taps of the step's n pixel
 // pairs are Cb, Cr pairs as NV12 holds them, which is the order YUY2 wants
 // them between its luma bytes: interleaving n luma bytes with n chroma bytes
@@ -123,8 +155,8 @@ KEL_KERNEL int yuy2Rows(const Kel8u* above, const Kel8u* upper, const Kel8u* low
             const VU8 a = hn::LoadU(d, above + at), u = hn::LoadU(d, upper + at), l = hn::LoadU(d, lower + at),
                       b = hn::LoadU(d, below + at);
             const VU8 chroma = chromaTaps(hn::LoadU(d, chromaFirst + at), hn::LoadU(d, chromaSecond + at), upChroma);
-            hn::StoreInterleaved2(lumaTaps(a, u, l, upUpper), chroma, d, dstUpper + 2 * at);
-            hn::StoreInterleaved2(lumaTaps(u, l, b, upLower), chroma, d, dstLower + 2 * at);
+            storePixelPairs(d, lumaTaps(a, u, l, upUpper), chroma, dstUpper + 2 * at);
+            storePixelPairs(d, lumaTaps(u, l, b, upLower), chroma, dstLower + 2 * at);
         }
     });
 }
