@@ -294,8 +294,8 @@ KEL_API KelResult keliYCbCr420ToYCrCb420_Filter_8u_P2P3R(const Kel8u* pSrcY, int
 namespace {
 
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows,
-                            const FastKernels* fast);
+void interpolateChromaPlanes(const Kel8u* const src[2], int srcStep[2], Kel8u* const dst[2], const int dstStep[2],
+                             int samples, int sourceRows, const FastKernels* fast);
 
 // One block where both planes are compact: a copy that long goes by the
 // processor's string move, well ahead of a copy row by row.
@@ -319,10 +319,10 @@ void ownYCbCr420ToYCbCr422Filter_8u_P3R(const Kel8u* const pSrc[3], const int sr
 {
     const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrc[0], srcStep[0], pDst[0], dstStep[0], width, height);
-    for (int c = 1; c < 3; ++c) {
-        const int from = exchangePlanes ? 3 - c : c;
-        interpolateChromaPlane<1>(pSrc[from], srcStep[from], pDst[c], dstStep[c], width / 2, height / 2, fast);
-    }
+    const int first = exchangePlanes ? 2 : 1, second = 3 - first;
+    const Kel8u* const src[2] = {pSrc[first], pSrc[second]};
+    int steps[2] = {srcStep[first], srcStep[second]};
+    interpolateChromaPlanes<1>(src, steps, pDst + 1, dstStep + 1, width / 2, height / 2, fast);
 }
 
 // Luma copied; Cb, the first byte of each pair, to plane 1, Cr to plane 2.
@@ -331,8 +331,9 @@ void ownYCbCr420ToYCbCr422Filter_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, cons
 {
     const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrcY, srcYStep, pDst[0], dstStep[0], width, height);
-    for (int c = 1; c < 3; ++c)
-        interpolateChromaPlane<2>(pSrcCbCr + (c - 1), srcCbCrStep, pDst[c], dstStep[c], width / 2, height / 2, fast);
+    const Kel8u* const src[2] = {pSrcCbCr, pSrcCbCr + 1};
+    int steps[2] = {srcCbCrStep, srcCbCrStep};
+    interpolateChromaPlanes<2>(src, steps, pDst + 1, dstStep + 1, width / 2, height / 2, fast);
 }
 
 void myNV12ToYUY2Deinterlace_All_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,
@@ -392,28 +393,39 @@ void deinterlacedChromaRow(const Kel8u* first, const Kel8u* second, int round, K
 // interpolated from the even rows 2j - 2 .. 2j + 4, read back from the
 // destination, with the rows past either edge replaced by the edge row.  The
 // even rows are written just ahead of the odd row that needs them, so every
-// destination row is written once.
+// destination row is written once.  The two chroma planes go together, a
+// row of each in turn, so that a source of Cb, Cr pairs is read once.
 //
 // Where the vector kernels are given, they do each row's first samples and
-// the scalar kernels the rest.
+// the scalar kernels the rest.  A source of pairs has its Cr plane one byte
+// after its Cb plane.
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows,
-                            const FastKernels* fast)
+void interpolateChromaPlanes(const Kel8u* const src[2], int srcStep[2], Kel8u* const dst[2], const int dstStep[2],
+                             int samples, int sourceRows, const FastKernels* fast)
 {
     const int last = sourceRows - 1;
-    const auto even = [&](int j) { return rowAt(dst, dstStep, 2 * std::clamp(j, 0, last)); };
     int copied = 0;
     for (int j = 0; j < sourceRows; ++j) {
         for (; copied <= std::min(j + 2, last); ++copied) {
-            const Kel8u* from = rowAt(src, srcStep, copied);
-            Kel8u* to = rowAt(dst, dstStep, 2 * copied);
-            const int done = !fast ? 0 : Pitch == 1 ? fast->copiedRow(from, to, samples) : fast->evenBytes(from, to, samples);
-            chromaCopyRow<Pitch>(from + Pitch * done, to + done, samples - done);
+            const Kel8u* from[2] = {rowAt(src[0], srcStep[0], copied), rowAt(src[1], srcStep[1], copied)};
+            Kel8u* to[2] = {rowAt(dst[0], dstStep[0], 2 * copied), rowAt(dst[1], dstStep[1], 2 * copied)};
+            int done[2] = {0, 0};
+            if (fast && Pitch == 1) {
+                done[0] = fast->copiedRow(from[0], to[0], samples);
+                done[1] = fast->copiedRow(from[1], to[1], samples);
+            } else if (fast) {
+                done[0] = done[1] = fast->splitPairs(from[0], to[0], to[1], samples);
+            }
+            for (int c = 0; c < 2; ++c)
+                chromaCopyRow<Pitch>(from[c] + Pitch * done[c], to[c] + done[c], samples - done[c]);
         }
-        const Kel8u *a = even(j - 1), *b = even(j), *c = even(j + 1), *d = even(j + 2);
-        Kel8u* to = rowAt(dst, dstStep, 2 * j + 1);
-        const int done = fast ? fast->interpolatedRow(a, b, c, d, to, samples) : 0;
-        interpolatedRow(a + done, b + done, c + done, d + done, to + done, samples - done);
+        for (int c = 0; c < 2; ++c) {
+            const auto even = [&](int k) { return rowAt(dst[c], dstStep[c], 2 * std::clamp(k, 0, last)); };
+            const Kel8u *a = even(j - 1), *b = even(j), *e = even(j + 1), *f = even(j + 2);
+            Kel8u* to = rowAt(dst[c], dstStep[c], 2 * j + 1);
+            const int done = fast ? fast->interpolatedRow(a, b, e, f, to, samples) : 0;
+            interpolatedRow(a + done, b + done, e + done, f + done, to + done, samples - done);
+        }
     }
 }
 

@@ -267,27 +267,20 @@ KEL_KERNEL int copiedRow(const Kel8u* src, Kel8u* dst, int samples)
     return wholeSteps(samples, n, 1, [&](int k) { hn::StoreU(hn::LoadU(d, src + k), d, dst + k); });
 }
 
-// dst[k] = src[2k], n samples a step, reading no further than src[2k] of the
-// last sample (its odd neighbour may lie past the row: the Cr plane of a row
-// of pairs starts one byte in).  Steps whose odd bytes lie inside the row
-// take the even bytes of two loads; the last step, at samples - n as
-// wholeSteps places it, the odd bytes of two loads one byte earlier, which
-// needs a byte before it (samples > n).
-KEL_KERNEL int evenBytes(const Kel8u* src, Kel8u* dst, int samples)
+// cb[k] = src[2k], cr[k] = src[2k + 1], n samples a step.
+KEL_KERNEL int splitPairs(const Kel8u* src, Kel8u* cb, Kel8u* cr, int samples)
 {
     const DU8 d;
     const int n = static_cast<int>(hn::Lanes(d));
-    if (samples <= n) return 0;
-    int k = 0;
-    for (; k + n < samples; k += n)
-        hn::StoreU(hn::ConcatEven(d, hn::LoadU(d, src + 2 * k + n), hn::LoadU(d, src + 2 * k)), d, dst + k);
-    const int last = samples - n;
-    const Kel8u* from = src + 2 * last - 1;
-    hn::StoreU(hn::ConcatOdd(d, hn::LoadU(d, from + n), hn::LoadU(d, from)), d, dst + last);
-    return samples;
+    return wholeSteps(samples, n, 1, [&](int k) {
+        VU8 first, second;
+        hn::LoadInterleaved2(d, src + 2 * k, first, second);
+        hn::StoreU(first, d, cb + k);
+        hn::StoreU(second, d, cr + k);
+    });
 }
 
-constexpr Kernels kKernels{lumaRow, chromaRow, yuy2Rows, interpolatedRow, copiedRow, evenBytes};
+constexpr Kernels kKernels{lumaRow, chromaRow, yuy2Rows, interpolatedRow, copiedRow, splitPairs};
 
 const Kernels* kernelsOfTarget()
 {

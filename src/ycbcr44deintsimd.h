@@ -18,7 +18,7 @@ namespace kel::simddeint {
 //             pixels, a multiple of 2
 //  interpolatedRow  clamp((9 (upper + lower) - above - below + 8) >> 4)
 //  copiedRow  dst[k] = src[k]
-//  evenBytes  dst[k] = src[2k], reading no further than src[2 samples - 2]
+//  splitPairs  Cb, Cr pairs to two planes: cb[k] = src[2k], cr[k] = src[2k + 1]
 using LumaRowKernel = int (*)(const Kel8u* above, const Kel8u* row, const Kel8u* below, int round, Kel8u* dst,
                               int width);
 using ChromaRowKernel = int (*)(const Kel8u* first, const Kel8u* second, int round, Kel8u* dstCb, Kel8u* dstCr,
@@ -29,6 +29,7 @@ using YUY2RowsKernel = int (*)(const Kel8u* above, const Kel8u* upper, const Kel
 using InterpolatedRowKernel = int (*)(const Kel8u* above, const Kel8u* upper, const Kel8u* lower, const Kel8u* below,
                                       Kel8u* dst, int samples);
 using RowCopyKernel = int (*)(const Kel8u* src, Kel8u* dst, int samples);
+using SplitPairsKernel = int (*)(const Kel8u* src, Kel8u* cb, Kel8u* cr, int samples);
 
 struct Kernels {
     LumaRowKernel lumaRow;
@@ -36,7 +37,7 @@ struct Kernels {
     YUY2RowsKernel yuy2Rows;
     InterpolatedRowKernel interpolatedRow;
     RowCopyKernel copiedRow;
-    RowCopyKernel evenBytes;
+    SplitPairsKernel splitPairs;
 };
 
 // The kernels of the fastest target this processor runs, chosen once per

@@ -165,23 +165,27 @@ TEST(SimdDeint, RowCopiesReadNoFurtherThanTheirLastByte)
         if (!fast) return;
         std::mt19937 gen(15);
         for (int samples : kernelWidths()) {
-            // The source ends at its last even byte: a read past it leaves the
+            // Sources exactly as long as the row: a read past them leaves the
             // vector (a sanitizer build sees it), and the count says how far.
-            std::vector<std::uint8_t> src(samples ? 2 * samples - 1 : 0);
-            for (auto& b : src) b = static_cast<std::uint8_t>(gen());
-            kt::RandomRows dst(1, samples, 4, gen);
-            kt::RandomRows expected = dst;
-            const int done = fast->evenBytes(src.data(), dst.row(0), samples);
+            std::vector<std::uint8_t> pairs(2 * static_cast<std::size_t>(samples)), row(samples);
+            for (auto& b : pairs) b = static_cast<std::uint8_t>(gen());
+            for (auto& b : row) b = static_cast<std::uint8_t>(gen());
             const std::string what = target + " samples " + std::to_string(samples);
-            expectCount(done, samples, 1, what);
-            for (int k = 0; k < done; ++k) expected.row(0)[k] = src[2 * k];
-            ASSERT_TRUE(dst.bytes == expected.bytes) << what;
 
-            const std::vector<std::uint8_t> row(src.begin(), src.begin() + std::min<int>(samples, src.size()));
+            kt::RandomRows planes(2, samples + 1, 4, gen);
+            kt::RandomRows expected = planes;
+            const int done = fast->splitPairs(pairs.data(), planes.row(0), planes.row(1), samples);
+            expectCount(done, samples, 0, what);
+            for (int k = 0; k < done; ++k) {
+                expected.row(0)[k] = pairs[2 * k];
+                expected.row(1)[k] = pairs[2 * k + 1];
+            }
+            ASSERT_TRUE(planes.bytes == expected.bytes) << what;
+
             kt::RandomRows copy(1, samples, 3, gen);
             kt::RandomRows copyExpected = copy;
-            const int copied = fast->copiedRow(row.data(), copy.row(0), static_cast<int>(row.size()));
-            expectCount(copied, static_cast<int>(row.size()), 0, what);
+            const int copied = fast->copiedRow(row.data(), copy.row(0), samples);
+            expectCount(copied, samples, 0, what);
             for (int k = 0; k < copied; ++k) copyExpected.row(0)[k] = row[k];
             ASSERT_TRUE(copy.bytes == copyExpected.bytes) << what;
         }
