@@ -8,8 +8,10 @@
 
 #include "callframe.h"
 #include "rowstore.h"
+#include "ycbcr44deintsimd.h"
 
 using namespace kel;
+using FastKernels = simddeint::Kernels;
 
 namespace {
 
@@ -292,10 +294,17 @@ KEL_API KelResult keliYCbCr420ToYCrCb420_Filter_8u_P2P3R(const Kel8u* pSrcY, int
 namespace {
 
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows);
+void interpolateChromaPlanes(const Kel8u* const src[2], int srcStep[2], Kel8u* const dst[2], const int dstStep[2],
+                             int samples, int sourceRows, const FastKernels* fast);
 
+// One block where both planes are compact: a copy that long goes by the
+// processor's string move, well ahead of a copy row by row.
 inline void copyLuma(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int width, int height)
 {
+    if (srcStep == width && dstStep == width) {
+        std::memcpy(dst, src, static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+        return;
+    }
     forEachRow(height, [&](int y) {
         std::memcpy(rowAt(dst, dstStep, y), rowAt(src, srcStep, y), static_cast<std::size_t>(width));
     });
@@ -308,20 +317,23 @@ inline void copyLuma(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int
 void ownYCbCr420ToYCbCr422Filter_8u_P3R(const Kel8u* const pSrc[3], const int srcStep[3], Kel8u* const pDst[3],
                                         const int dstStep[3], int width, int height, bool exchangePlanes)
 {
+    const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrc[0], srcStep[0], pDst[0], dstStep[0], width, height);
-    for (int c = 1; c < 3; ++c) {
-        const int from = exchangePlanes ? 3 - c : c;
-        interpolateChromaPlane<1>(pSrc[from], srcStep[from], pDst[c], dstStep[c], width / 2, height / 2);
-    }
+    const int first = exchangePlanes ? 2 : 1, second = 3 - first;
+    const Kel8u* const src[2] = {pSrc[first], pSrc[second]};
+    int steps[2] = {srcStep[first], srcStep[second]};
+    interpolateChromaPlanes<1>(src, steps, pDst + 1, dstStep + 1, width / 2, height / 2, fast);
 }
 
 // Luma copied; Cb, the first byte of each pair, to plane 1, Cr to plane 2.
 void ownYCbCr420ToYCbCr422Filter_8u_P2P3R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,
                                           Kel8u* const pDst[3], const int dstStep[3], int width, int height)
 {
+    const FastKernels* fast = simddeint::chooseKernels();
     copyLuma(pSrcY, srcYStep, pDst[0], dstStep[0], width, height);
-    for (int c = 1; c < 3; ++c)
-        interpolateChromaPlane<2>(pSrcCbCr + (c - 1), srcCbCrStep, pDst[c], dstStep[c], width / 2, height / 2);
+    const Kel8u* const src[2] = {pSrcCbCr, pSrcCbCr + 1};
+    int steps[2] = {srcCbCrStep, srcCbCrStep};
+    interpolateChromaPlanes<2>(src, steps, pDst + 1, dstStep + 1, width / 2, height / 2, fast);
 }
 
 void myNV12ToYUY2Deinterlace_All_P2C2R(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcCbCrStep,
@@ -381,17 +393,39 @@ void deinterlacedChromaRow(const Kel8u* first, const Kel8u* second, int round, K
 // interpolated from the even rows 2j - 2 .. 2j + 4, read back from the
 // destination, with the rows past either edge replaced by the edge row.  The
 // even rows are written just ahead of the odd row that needs them, so every
-// destination row is written once.
+// destination row is written once.  The two chroma planes go together, a
+// row of each in turn, so that a source of Cb, Cr pairs is read once.
+//
+// Where the vector kernels are given, they do each row's first samples and
+// the scalar kernels the rest.  A source of pairs has its Cr plane one byte
+// after its Cb plane.
 template <int Pitch>
-void interpolateChromaPlane(const Kel8u* src, int srcStep, Kel8u* dst, int dstStep, int samples, int sourceRows)
+void interpolateChromaPlanes(const Kel8u* const src[2], int srcStep[2], Kel8u* const dst[2], const int dstStep[2],
+                             int samples, int sourceRows, const FastKernels* fast)
 {
     const int last = sourceRows - 1;
-    const auto even = [&](int j) { return rowAt(dst, dstStep, 2 * std::clamp(j, 0, last)); };
     int copied = 0;
     for (int j = 0; j < sourceRows; ++j) {
-        for (; copied <= std::min(j + 2, last); ++copied)
-            chromaCopyRow<Pitch>(rowAt(src, srcStep, copied), rowAt(dst, dstStep, 2 * copied), samples);
-        interpolatedRow(even(j - 1), even(j), even(j + 1), even(j + 2), rowAt(dst, dstStep, 2 * j + 1), samples);
+        for (; copied <= std::min(j + 2, last); ++copied) {
+            const Kel8u* from[2] = {rowAt(src[0], srcStep[0], copied), rowAt(src[1], srcStep[1], copied)};
+            Kel8u* to[2] = {rowAt(dst[0], dstStep[0], 2 * copied), rowAt(dst[1], dstStep[1], 2 * copied)};
+            int done[2] = {0, 0};
+            if (fast && Pitch == 1) {
+                done[0] = fast->copiedRow(from[0], to[0], samples);
+                done[1] = fast->copiedRow(from[1], to[1], samples);
+            } else if (fast) {
+                done[0] = done[1] = fast->splitPairs(from[0], to[0], to[1], samples);
+            }
+            for (int c = 0; c < 2; ++c)
+                chromaCopyRow<Pitch>(from[c] + Pitch * done[c], to[c] + done[c], samples - done[c]);
+        }
+        for (int c = 0; c < 2; ++c) {
+            const auto even = [&](int k) { return rowAt(dst[c], dstStep[c], 2 * std::clamp(k, 0, last)); };
+            const Kel8u *a = even(j - 1), *b = even(j), *e = even(j + 1), *f = even(j + 2);
+            Kel8u* to = rowAt(dst[c], dstStep[c], 2 * j + 1);
+            const int done = fast ? fast->interpolatedRow(a, b, e, f, to, samples) : 0;
+            interpolatedRow(a + done, b + done, e + done, f + done, to + done, samples - done);
+        }
     }
 }
 
@@ -400,15 +434,22 @@ void walkPairs(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int srcC
                int width, int height, const PairTable& layout)
 {
     const Interlaced src(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep, layout.edges, height);
+    const FastKernels* fast = simddeint::chooseKernels();
     const int pairs = height / 2;
     for (int i = 0; i < layout.runs; ++i) {
         const PairRun& run = layout.run[i];
-        for (int p = run.first.in(pairs); p <= run.last.in(pairs); ++p)
-            innerNV12ToYUY2Deinterlace_P2C2R(src.lumaRow(2 * p - 1), src.lumaRow(2 * p), src.lumaRow(2 * p + 1),
-                                             src.lumaRow(2 * p + 2), run.upperRound, run.lowerRound,
-                                             src.chromaRow(p + run.chromaFirst), src.chromaRow(p + run.chromaSecond),
-                                             run.chromaRound, rowAt(pDst, dstStep, 2 * p), rowAt(pDst, dstStep, 2 * p + 1),
-                                             width);
+        for (int p = run.first.in(pairs); p <= run.last.in(pairs); ++p) {
+            const Kel8u *above = src.lumaRow(2 * p - 1), *upper = src.lumaRow(2 * p), *lower = src.lumaRow(2 * p + 1),
+                        *below = src.lumaRow(2 * p + 2);
+            const Kel8u *first = src.chromaRow(p + run.chromaFirst), *second = src.chromaRow(p + run.chromaSecond);
+            Kel8u *dstUpper = rowAt(pDst, dstStep, 2 * p), *dstLower = rowAt(pDst, dstStep, 2 * p + 1);
+            const int done = fast ? fast->yuy2Rows(above, upper, lower, below, run.upperRound, run.lowerRound, first,
+                                                   second, run.chromaRound, dstUpper, dstLower, width)
+                                  : 0;
+            innerNV12ToYUY2Deinterlace_P2C2R(above + done, upper + done, lower + done, below + done, run.upperRound,
+                                             run.lowerRound, first + done, second + done, run.chromaRound,
+                                             dstUpper + 2 * done, dstLower + 2 * done, width - done);
+        }
     }
 }
 
@@ -418,17 +459,25 @@ void walkPlanes(const Kel8u* pSrcY, int srcYStep, const Kel8u* pSrcCbCr, int src
 {
     const Interlaced src(pSrcY, srcYStep, pSrcCbCr, srcCbCrStep, layout.edges, height);
     const PlaneRows<Kel8u> dst(pDst, dstStep);
+    const FastKernels* fast = simddeint::chooseKernels();
     for (int i = 0; i < layout.lumaRuns; ++i) {
         const LumaRun& run = layout.luma[i];
-        for (int r = run.first.in(height); r <= run.last.in(height); ++r)
-            deinterlacedLumaRow(src.lumaRow(r - 1), src.lumaRow(r), src.lumaRow(r + 1), run.round, dst.row(0, r), width);
+        for (int r = run.first.in(height); r <= run.last.in(height); ++r) {
+            const Kel8u *above = src.lumaRow(r - 1), *row = src.lumaRow(r), *below = src.lumaRow(r + 1);
+            Kel8u* to = dst.row(0, r);
+            const int done = fast ? fast->lumaRow(above, row, below, run.round, to, width) : 0;
+            deinterlacedLumaRow(above + done, row + done, below + done, run.round, to + done, width - done);
+        }
     }
-    const int chromaRows = height / 2;
+    const int chromaRows = height / 2, samples = width / 2;
     for (int i = 0; i < layout.chromaRuns; ++i) {
         const ChromaRun& run = layout.chroma[i];
-        for (int k = run.first.in(chromaRows); k <= run.last.in(chromaRows); ++k)
-            deinterlacedChromaRow(src.chromaRow(k + run.chromaFirst), src.chromaRow(k + run.chromaSecond), run.round,
-                                  dst.row(1, k), dst.row(2, k), width / 2);
+        for (int k = run.first.in(chromaRows); k <= run.last.in(chromaRows); ++k) {
+            const Kel8u *first = src.chromaRow(k + run.chromaFirst), *second = src.chromaRow(k + run.chromaSecond);
+            Kel8u *cb = dst.row(1, k), *cr = dst.row(2, k);
+            const int done = fast ? fast->chromaRow(first, second, run.round, cb, cr, samples) : 0;
+            deinterlacedChromaRow(first + 2 * done, second + 2 * done, run.round, cb + done, cr + done, samples - done);
+        }
     }
 }
 
