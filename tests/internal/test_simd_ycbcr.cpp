@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -51,13 +50,8 @@ const PlaneMember kPlaneMembers[] = {
 TEST(SimdYCbCr, EveryTargetHasItsOwnKernel)
 {
     const auto count = [](auto choose, const char* name) {
-        std::set<void*> kernels;
-        int targets = 0;
-        kt::forEachSimdTarget([&](const std::string&) {
-            kernels.insert(reinterpret_cast<void*>(choose()));
-            ++targets;
-        });
-        EXPECT_EQ(targets, static_cast<int>(kernels.size())) << name;
+        const kt::ChosenKernels chosen = kt::chosenOnEveryTarget(choose);
+        EXPECT_EQ(chosen.targets, chosen.distinct()) << name;
     };
     for (const PixelMember& m : kPixelMembers) count(m.choose, m.name);
     for (const PlaneMember& m : kPlaneMembers) count(m.choose, m.name);

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -61,14 +60,9 @@ const Member422 kMembers422[] = {
 TEST(SimdRGBToYCbCr, EveryTargetHasItsOwnKernel)
 {
     const auto count = [](auto choose, const char* name) {
-        std::set<void*> kernels;
-        int targets = 0;
-        kt::forEachSimdTarget([&](const std::string&) {
-            kernels.insert(reinterpret_cast<void*>(choose()));
-            ++targets;
-        });
-        EXPECT_EQ(targets, static_cast<int>(kernels.size())) << name;
-        EXPECT_GE(targets, 1) << name;
+        const kt::ChosenKernels chosen = kt::chosenOnEveryTarget(choose);
+        EXPECT_EQ(chosen.targets, chosen.distinct()) << name;
+        EXPECT_GE(chosen.targets, 1) << name;
     };
     for (const Member420& m : kMembers420) count(m.choose, m.name);
     for (const Member422& m : kMembers422) count(m.choose, m.name);

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -30,14 +29,9 @@ using kel::RowPlanesForward422;
 template <typename Choose>
 void expectOneKernelPerTarget(Choose choose, const char* name)
 {
-    std::set<void*> kernels;
-    int targets = 0;
-    kt::forEachSimdTarget([&](const std::string&) {
-        kernels.insert(reinterpret_cast<void*>(choose()));
-        ++targets;
-    });
-    EXPECT_EQ(targets, static_cast<int>(kernels.size())) << name;
-    EXPECT_GE(targets, 1) << name;
+    const kt::ChosenKernels chosen = kt::chosenOnEveryTarget(choose);
+    EXPECT_EQ(chosen.targets, chosen.distinct()) << name;
+    EXPECT_GE(chosen.targets, 1) << name;
 }
 
 // ---- pixel-order source to pixel-order 4:2:2 -------------------------------------------------------

@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -37,14 +36,9 @@ struct ThreeBuffers {
 template <typename Choose>
 void expectOneKernelPerTarget(const char* name, Choose choose)
 {
-    std::set<void*> kernels;
-    int targets = 0;
-    kt::forEachSimdTarget([&](const std::string&) {
-        kernels.insert(reinterpret_cast<void*>(choose()));
-        ++targets;
-    });
-    EXPECT_EQ(targets, static_cast<int>(kernels.size())) << name;
-    EXPECT_GE(targets, 1) << name;
+    const kt::ChosenKernels chosen = kt::chosenOnEveryTarget(choose);
+    EXPECT_EQ(chosen.targets, chosen.distinct()) << name;
+    EXPECT_GE(chosen.targets, 1) << name;
 }
 
 // ---- 4:2:2 pixel order to planes ------------------------------------------------------------------

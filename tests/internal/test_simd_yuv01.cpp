@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <random>
-#include <set>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -120,13 +119,8 @@ void publicMatchesScalar(const Member<Src, Dst>& m)
 template <class Src, class Dst>
 void chosenOncePerTarget(const Member<Src, Dst>& m)
 {
-    std::set<YUVRow<Src, Dst>> kernels;
-    int targets = 0;
-    kt::forEachSimdTarget([&](const std::string&) {
-        kernels.insert(m.choose());
-        ++targets;
-    });
-    EXPECT_EQ(targets, static_cast<int>(kernels.size())) << m.name;
+    const kt::ChosenKernels chosen = kt::chosenOnEveryTarget(m.choose);
+    EXPECT_EQ(chosen.targets, chosen.distinct()) << m.name;
 }
 
 using PixelMember = Member<const Kel8u*, Kel8u*>;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,24 @@ void forEachSimdTarget(const Body& body)
 #else
     body(std::string("scalar"));
 #endif
+}
+
+// The kernels `choose` gives with dispatch held to each target in turn, and
+// how many targets ran: every target should have a kernel of its own.
+struct ChosenKernels {
+    int targets = 0;
+    std::set<const void*> kernels;
+    int distinct() const { return static_cast<int>(kernels.size()); }
+};
+template <typename Choose>
+ChosenKernels chosenOnEveryTarget(const Choose& choose)
+{
+    ChosenKernels chosen;
+    forEachSimdTarget([&](const std::string&) {
+        chosen.kernels.insert(reinterpret_cast<const void*>(choose()));
+        ++chosen.targets;
+    });
+    return chosen;
 }
 
 // Widths for comparing a vector kernel with its scalar kernel: every one up to
