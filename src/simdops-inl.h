@@ -1,6 +1,7 @@
 // Whole-vector operations the SIMD kernels share: exact splits of the
 // fixed-point constants, the ordered pack, interleaved RGB24 stores, and the
-// luma and chroma terms of the inverse luma-chroma conversions.
+// luma and chroma terms of the inverse luma-chroma conversions, and the walk
+// of a row in whole vector steps.
 //
 // Included once for every target from a file that includes foreach_target.h;
 // the guard below follows Highway's convention for such headers.
@@ -22,6 +23,27 @@ HWY_BEFORE_NAMESPACE();
 namespace kel {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+
+// ---- row steps -----------------------------------------------------------------------------------
+
+// Whole steps from the start of a row; then, where the row holds a step but
+// not a whole number of them, one more step ending at the row's end.  That
+// step overlaps the one before and writes the same bytes again (the source
+// and destination rows are apart), so the scalar kernel is left at most
+// align - 1 units.  `align` keeps the last step's start a multiple of what
+// the step's own indexing needs (a pixel pair, a doubled sample).
+template <class Step>
+HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
+{
+    int at = 0;
+    for (; at + step <= count; at += step) body(at);
+    if (at < count && count >= step) {
+        const int last = (count - step) / align * align;
+        body(last);
+        at = last + step;
+    }
+    return at;
+}
 
 // ---- constants -----------------------------------------------------------------------------------
 

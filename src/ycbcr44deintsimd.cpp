@@ -15,11 +15,14 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include "simdops-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace kel {
 namespace simddeint {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using kel::HWY_NAMESPACE::wholeSteps;
 
 using DU8 = hn::ScalableTag<std::uint8_t>;
 using VU8 = hn::Vec<DU8>;
@@ -29,24 +32,6 @@ using DI16 = hn::Repartition<std::int16_t, DU8>;
 // Kernels are flattened: a step lambda left out of line reloads every
 // captured pointer after each store.
 #define KEL_KERNEL [[gnu::flatten]]
-
-// Whole steps from the start of a row; then, where the row holds a step but
-// not a whole number of them, one more step ending at the row's end.  That
-// step overlaps the one before and writes the same bytes again (sources and
-// destinations are different rows), so the scalar kernel is left at most
-// align - 1 units.  `align` keeps the last step's start on a pixel pair.
-template <class Step>
-HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
-{
-    int at = 0;
-    for (; at + step <= count; at += step) body(at);
-    if (at < count && count >= step) {
-        const int last = (count - step) / align * align;
-        body(last);
-        at = last + step;
-    }
-    return at;
-}
 
 // (a + b) >> 1 in bytes from the complements 255 - a, 255 - b: for s = a + b,
 // AverageRound gives (511 - s) >> 1 = 255 - (s >> 1), whose complement is s >> 1.

@@ -21,6 +21,7 @@ namespace kel {
 namespace simdrepack {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using kel::HWY_NAMESPACE::wholeSteps;
 
 using DU8 = hn::ScalableTag<std::uint8_t>;
 using VU8 = hn::Vec<DU8>;
@@ -33,25 +34,6 @@ using VU8 = hn::Vec<DU8>;
 // averages of the resampling rows, which are written out where they are.
 // A kernel writes exactly the bytes the scalar kernel writes over the range
 // it returns, and reads only bytes the scalar kernel reads.
-
-// Whole steps from the start of a row; then, where the row holds a step but
-// not a whole number of them, one more step ending at the row's end.  That
-// step overlaps the one before and writes the same bytes again (the source
-// and destination rows are apart), so the scalar kernel is left at most
-// align - 1 units.  `align` keeps the last step's start a multiple of what
-// the step's own indexing needs (a pixel pair, a doubled sample).
-template <class Step>
-HWY_INLINE int wholeSteps(int count, int step, int align, const Step& body)
-{
-    int at = 0;
-    for (; at + step <= count; at += step) body(at);
-    if (at < count && count >= step) {
-        const int last = (count - step) / align * align;
-        body(last);
-        at = last + step;
-    }
-    return at;
-}
 
 // wholeSteps with the steps' stores lined up with the cache lines of `dst`
 // (the destination unit at 0, `unitBytes` bytes a unit): a first step at 0,
