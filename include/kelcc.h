@@ -471,6 +471,41 @@ KEL_API KelResult keliYUV420ToRGB444Dither_8u16u_P3C3R(const Kel8u* const pSrc[3
 KEL_API KelResult keliYUV420ToRGB555Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliYUV420ToRGB565Dither_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- packed 16-bit RGB to and from 8-bit RGB, YCbCr and YUV --------------- */
+/* A 565 or 555 field is widened to 8 bits by a left shift alone: 31 becomes
+   248 and 63 becomes 252.  Packing keeps the top bits of each byte, the first
+   byte of a pixel in bits 0-4.  The widening and packing members test their
+   strides (kelErrStep below 1); the 16-bit side's stride loses an odd low bit. */
+KEL_API KelResult keliRGBToRGB565_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToBGR565_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGB565ToRGB_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+/* Packed BGR (blue in bits 0-4) to studio-range YCbCr and full-range YUV, the
+   arithmetic of the 8-bit BGR members on the widened fields.  Source rows are
+   srcStep bytes apart; in the 4:2:0 and YUV members the second row of a pair
+   lies srcStep rounded down to even bytes below the first.  Odd sizes: 4:1:1
+   leaves the last width % 4 pixels unwritten (kelWarnOddSize); 4:2:2 planes
+   give the last pixel of an odd width its Y alone, 4:2:2 pixel order its Y
+   and a Cb of its own; YCbCr and YCrCb 4:2:0 give an odd last column and row
+   their Y and no chroma; YUV 4:2:0 writes nothing of them (kelWarnOddSize). */
+KEL_API KelResult keliBGR565ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToYCrCb420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYCrCb420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR565ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+KEL_API KelResult keliBGR555ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], KelImageSize roiSize);
+/* 4:1:1 planes (chroma planes as tall as luma) to packed BGR, rounded.  The
+   last width % 4 pixels of a row take the chroma of the last whole group of
+   four (kelWarnOddSize).  dstStep is in bytes, used as it is. */
+KEL_API KelResult keliYCbCr411ToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCbCr411ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
+
 #ifdef __cplusplus
 }
 #endif
