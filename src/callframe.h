@@ -32,6 +32,14 @@ struct FourPlanes {
 template <typename T>
 FourPlanes(T* const*) -> FourPlanes<T>;
 
+// The YCrCb members are the YCbCr ones with planes 1 and 2, and their
+// strides, exchanged.
+struct CrCbPlanes {
+    Kel8u* planes[3];
+    int steps[3];
+    CrCbPlanes(Kel8u* const p[3], const int s[3]) : planes{p[0], p[2], p[1]}, steps{s[0], s[2], s[1]} {}
+};
+
 // ---- argument tests ---------------------------------------------------------
 
 template <typename... P>

@@ -16,14 +16,6 @@ namespace {
 
 // The pair, cell and filter constants are in ycbcr02simd.h, which the vector kernels share.
 
-// The YCrCb 4:2:0 members are the YCbCr ones with planes 1 and 2, and their
-// strides, exchanged.
-struct CrCbPlanes {
-    Kel8u* planes[3];
-    int steps[3];
-    CrCbPlanes(Kel8u* const p[3], const int s[3]) : planes{p[0], p[2], p[1]}, steps{s[0], s[2], s[1]} {}
-};
-
 // ---- kernels, defined at the end -------------------------------------------------------------------
 
 template <PairLayout L, PairConstants K, typename Source>
