@@ -21,6 +21,9 @@ HWY_BEFORE_NAMESPACE();
 namespace kel::simd565 {
 namespace HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
+using kel::HWY_NAMESPACE::loadInterleaved3;
+using kel::HWY_NAMESPACE::storeInterleaved2;
+using kel::HWY_NAMESPACE::storeInterleaved3;
 using kel::HWY_NAMESPACE::wholeSteps;
 
 // The packed pixel p = lo | hi << 8 of the bytes b0, b1, b2:
@@ -35,10 +38,10 @@ void packRow565(const Kel8u* src, Kel16u* dst, int width)
     const auto highGreen = hn::Set(du8, 0xE0), topFive = hn::Set(du8, 0xF8);
     const int done = wholeSteps(width, lanes, 1, [&](int x) {
         hn::Vec<decltype(du8)> b0, b1, b2;
-        hn::LoadInterleaved3(du8, src + 3 * x, b0, b1, b2);
+        loadInterleaved3(du8, src + 3 * x, b0, b1, b2);
         const auto lo = hn::Or(hn::ShiftRight<3>(b0), hn::And(hn::ShiftLeft<3>(b1), highGreen));
         const auto hi = hn::Or(hn::ShiftRight<5>(b1), hn::And(b2, topFive));
-        hn::StoreInterleaved2(lo, hi, du8, out + 2 * x);
+        storeInterleaved2(du8, lo, hi, out + 2 * x);
     });
     innerRGBToRGB565_8u16u_C3R(src + 3 * done, dst + done, width - done);
 }
@@ -61,10 +64,10 @@ HWY_INLINE void widenRow(const Kel16u* src, Kel8u* dst, int width)
         const auto first = hn::ShiftLeft<3>(lo);
         if constexpr (Is565) {
             const auto second = hn::And(hn::Or(hn::ShiftRight<3>(lo), hn::ShiftLeft<5>(hi)), topSix);
-            hn::StoreInterleaved3(first, second, hn::And(hi, topFive), du8, dst + 3 * x);
+            storeInterleaved3(du8, first, second, hn::And(hi, topFive), dst + 3 * x);
         } else {
             const auto second = hn::And(hn::Or(hn::ShiftRight<2>(lo), hn::ShiftLeft<6>(hi)), topFive);
-            hn::StoreInterleaved3(first, second, hn::And(hn::ShiftLeft<1>(hi), topFive), du8, dst + 3 * x);
+            storeInterleaved3(du8, first, second, hn::And(hn::ShiftLeft<1>(hi), topFive), dst + 3 * x);
         }
     });
     if constexpr (Is565) innerRGB565ToRGB_16u8u_C3R(src + done, dst + 3 * done, width - done);

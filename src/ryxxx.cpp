@@ -7,7 +7,7 @@
 #include "cbcrpx.h"
 #include "rgb565simd.h"
 #include "ycbcr02simd.h"
-#include "yuvconv.h"
+#include "yuvpxsimd.h"
 
 using namespace kel;
 using simd565::WidenRow;
@@ -115,8 +115,6 @@ inline const Kel16u* secondOfPair(const Kel16u* first, int srcStep)
 }
 
 void innerLumaOfBGR(const Kel8u* bgr, Kel8u* y, int width);
-void innerBGRToYUV420RoundedLuma(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
-                                 int width);
 
 template <WidenRow (*Widen)()>
 void toPixelOrder422(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
@@ -187,11 +185,13 @@ void toCells420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int
     }
 }
 
-// 2 x 2 cells; nothing of an odd last column or row is written.
+// 2 x 2 cells, Y rounded half up; nothing of an odd last column or row is
+// written.  The widened fields keep Y at 250 and below.
 template <WidenRow (*Widen)()>
 void toYUV420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
 {
     const WidenRow widen = Widen();
+    const RowPairRGBToYUV420 kernel = chooseBGRToYUV420RoundedLuma_8u_C3P3R();
     const PlaneRows<Kel8u> dst(pDst, dstSteps);
     Kel8u top[3 * kRun], bottom[3 * kRun];
     forEachRowPair(height, [&](int first, int second, int chroma) {
@@ -202,7 +202,7 @@ void toYUV420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int d
         forEachRun(width & ~1, [&](int x0, int n) {
             widen(srcTop + x0, top, n);
             widen(srcBottom + x0, bottom, n);
-            innerBGRToYUV420RoundedLuma(top, bottom, yTop + x0, yBottom + x0, u + x0 / 2, v + x0 / 2, n);
+            kernel(top, bottom, yTop + x0, yBottom + x0, u + x0 / 2, v + x0 / 2, n);
         });
     });
 }
@@ -268,32 +268,6 @@ void innerLumaOfBGR(const Kel8u* bgr, Kel8u* y, int width)
     for (int x = 0; x < width; ++x) {
         const Kel8u* p = bgr + 3 * x;
         y[x] = ForwardYCbCr::y(p[2], p[1], p[0]);
-    }
-}
-
-// Full-range YUV of 2 x 2 cells of B, G, R pixels (width even).  Y is the
-// 16.16 luma rounded half up, where the 8-bit members truncate it; U and V
-// come from the cell's sums as theirs do.  The widened fields keep Y at 250
-// and below, so it needs no clamp.
-void innerBGRToYUV420RoundedLuma(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v,
-                                 int width)
-{
-    for (int k = 0; k < width / 2; ++k) {
-        std::int32_t lumaSum = 0, blueSum = 0, redSum = 0;
-        const auto pixel = [&](const Kel8u* row, Kel8u* luma, int x) {
-            const Kel8u* p = row + 3 * x;
-            const std::int32_t w = yuv::lumaSum(p[2], p[1], p[0]);
-            luma[x] = static_cast<Kel8u>((w + 32768) >> 16);
-            lumaSum += w;
-            blueSum += p[0];
-            redSum += p[2];
-        };
-        pixel(top, yTop, 2 * k);
-        pixel(top, yTop, 2 * k + 1);
-        pixel(bottom, yBottom, 2 * k);
-        pixel(bottom, yBottom, 2 * k + 1);
-        u[k] = yuv::chromaU<2>(blueSum, lumaSum);
-        v[k] = yuv::chromaV<2>(redSum, lumaSum);
     }
 }
 

@@ -515,8 +515,10 @@ void forward422(const Source in, const Store out, int width)
     }
 }
 
-// One row of a 4:2:0 block: its samples kept for the cells, its luma written.
-template <typename Source>
+// One row of a 4:2:0 block: its samples kept for the cells, its luma written,
+// truncated (LumaHalf 0) or rounded half up (LumaHalf 32768; the weights sum
+// to 65536, so 255.5 is the most it reaches and no clamp is needed).
+template <std::int32_t LumaHalf, typename Source>
 [[gnu::always_inline]] inline void lumaRow(const Source in, int x0, int n, std::int32_t* red, std::int32_t* blue,
                                            std::int32_t* sum, Kel8u* y)
 {
@@ -525,20 +527,21 @@ template <typename Source>
         red[i] = r;
         blue[i] = b;
         sum[i] = lumaSum(r, g, b);
-        y[i] = static_cast<Kel8u>(sum[i] >> 16);
+        y[i] = static_cast<Kel8u>((sum[i] + LumaHalf) >> 16);
     }
 }
 
 // Forward 4:2:0, a row pair: width / 2 cells of 2 x 2; an odd last column is
 // skipped.  The cells go in blocks: both rows' luma and samples first, then
-// the cells' chroma, each a loop the compiler vectorises.
-template <typename Source>
+// the cells' chroma, each a loop the compiler vectorises.  The chroma sums
+// take the luma sums unrounded either way.
+template <std::int32_t LumaHalf = 0, typename Source>
 void forward420(const Source top, const Source bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u, Kel8u* v, int width)
 {
     std::int32_t red[2][kBlock], blue[2][kBlock], sum[2][kBlock];
     forEachBlock(width & ~1, [&](int x0, int n) {
-        lumaRow(top, x0, n, red[0], blue[0], sum[0], yTop + x0);
-        lumaRow(bottom, x0, n, red[1], blue[1], sum[1], yBottom + x0);
+        lumaRow<LumaHalf>(top, x0, n, red[0], blue[0], sum[0], yTop + x0);
+        lumaRow<LumaHalf>(bottom, x0, n, red[1], blue[1], sum[1], yBottom + x0);
         for (int k = 0; k < n / 2; ++k) {
             const int e = 2 * k, o = e + 1;
             const std::int32_t cellSum = sum[0][e] + sum[0][o] + sum[1][e] + sum[1][o];
@@ -653,6 +656,11 @@ void innerRGBToYUV420_8u_P3R(PlaneSource top, PlaneSource bottom, Kel8u* yTop, K
                              int width)
 {
     forward420(top, bottom, yTop, yBottom, u, v, width);
+}
+void innerBGRToYUV420RoundedLuma_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                          Kel8u* v, int width)
+{
+    forward420<32768>(PixelSource<3, kBGR>{top}, PixelSource<3, kBGR>{bottom}, yTop, yBottom, u, v, width);
 }
 void innerYUV420ToRGB_8u_P3C3R(const Kel8u* yTop, const Kel8u* yBottom, const Kel8u* u, const Kel8u* v, Kel8u* top,
                                Kel8u* bottom, int width)

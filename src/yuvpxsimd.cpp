@@ -273,6 +273,14 @@ struct InterleavedRGB {
         loadInterleaved3(du8, p + 3 * x, r, g, b);
     }
 };
+struct InterleavedBGR {
+    const Kel8u* p;
+    template <class DU8, class V>
+    HWY_INLINE void get(DU8 du8, int x, V& r, V& g, V& b) const
+    {
+        loadInterleaved3(du8, p + 3 * x, b, g, r);
+    }
+};
 struct PlanesRGB {
     PlaneSource s;
     template <class DU8, class V>
@@ -305,8 +313,10 @@ static_assert(kRedHigh * 256 + kRedLow == 19595 && kGreenHigh * 256 + kGreenLow 
 // -117 R + 70 G + 47 B, each by byte multiply-adds (both lie within +-29835,
 // no saturation).  Y = G + floor(S / 65536) and floor((256 * high + low) /
 // 65536) = (high + (low >> 8)) >> 8, since dropping low's last byte, a
-// fraction below 1 of 256, changes no floor.
-template <class DU8, class DI16>
+// fraction below 1 of 256, changes no floor.  Rounded, Y = (L + 32768) >> 16
+// = G + floor((256 * (high + 128) + low) / 65536): 128 more in high, which
+// stays within 16 bits.
+template <bool RoundedLuma = false, class DU8, class DI16>
 HWY_INLINE void lumaOfPixels(DU8 du8, DI16 di16, hn::Vec<DU8> r, hn::Vec<DU8> g, hn::Vec<DU8> b,
                              hn::Vec<DI16>& first, hn::Vec<DI16>& second)
 {
@@ -316,7 +326,8 @@ HWY_INLINE void lumaOfPixels(DU8 du8, DI16 di16, hn::Vec<DU8> r, hn::Vec<DU8> g,
     const hn::RebindToUnsigned<DI16> du16;
     // G is the upper byte of each (R, G) lane: a shift, not another shuffle.
     const auto luma = [&](const auto redGreen, const auto blueZero) {
-        const auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
+        auto high = hn::Add(pairProducts(di16, redGreen, redGreenHigh), pairProducts(di16, blueZero, blueHigh));
+        if constexpr (RoundedLuma) high = hn::Add(high, hn::Set(di16, 128));
         const auto low = hn::Add(pairProducts(di16, redGreen, redGreenLow), pairProducts(di16, blueZero, blueLow));
         const auto green = hn::BitCast(di16, hn::ShiftRight<8>(hn::BitCast(du16, redGreen)));
         return hn::Add(green, hn::ShiftRight<8>(hn::Add(high, hn::ShiftRight<8>(low))));
@@ -377,7 +388,7 @@ HWY_INLINE void chromaOfCells(DI16 di16, hn::Vec<DI16> sumRed, hn::Vec<DI16> sum
 // rows' pair sums added; their U and V (chromaOfCells), saturated to bytes as
 // the scalar clamp.  The cells after the last whole step go to `tail`, the
 // scalar kernel compiled for the baseline.
-template <class Source, class Tail>
+template <bool RoundedLuma = false, class Source, class Tail>
 HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u* HWY_RESTRICT yTop,
                                     Kel8u* HWY_RESTRICT yBottom, Kel8u* HWY_RESTRICT u, Kel8u* HWY_RESTRICT v,
                                     int width, const Tail& tail)
@@ -395,7 +406,7 @@ HWY_INLINE void rowPairsRGBToYUV420(const Source top, const Source bottom, Kel8u
             hn::Vec<decltype(du8)> r, g, b;
             (row == 0 ? top : bottom).get(du8, x, r, g, b);
             hn::Vec<decltype(di16)> first, second;
-            lumaOfPixels(du8, di16, r, g, b, first, second);
+            lumaOfPixels<RoundedLuma>(du8, di16, r, g, b, first, second);
             hn::StoreU(packBytes(du8, first, second), du8, (row == 0 ? yTop : yBottom) + x);
             const auto red = pairSums(di16, r), green = pairSums(di16, g), blue = pairSums(di16, b);
             sumRed = row == 0 ? red : hn::Add(sumRed, red);
@@ -415,6 +426,15 @@ void rowPairRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* y
 {
     rowPairsRGBToYUV420(InterleavedRGB{top}, InterleavedRGB{bottom}, yTop, yBottom, u, v, width, [&](int x) {
         innerRGBToYUV420_8u_C3P3R(top + 3 * x, bottom + 3 * x, yTop + x, yBottom + x, u + x / 2, v + x / 2, width - x);
+    });
+}
+
+void rowPairBGRToYUV420RoundedLuma_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom,
+                                            Kel8u* u, Kel8u* v, int width)
+{
+    rowPairsRGBToYUV420<true>(InterleavedBGR{top}, InterleavedBGR{bottom}, yTop, yBottom, u, v, width, [&](int x) {
+        innerBGRToYUV420RoundedLuma_8u_C3P3R(top + 3 * x, bottom + 3 * x, yTop + x, yBottom + x, u + x / 2, v + x / 2,
+                                             width - x);
     });
 }
 
@@ -636,6 +656,7 @@ HWY_EXPORT(rowPairYUV420ToRGB_8u_P3AC4R);
 HWY_EXPORT(rowPairYUV420ToRGB_8u_P3R);
 HWY_EXPORT(rowPairYUV420ToBGR_8u_P3C3R);
 HWY_EXPORT(rowPairRGBToYUV420_8u_C3P3R);
+HWY_EXPORT(rowPairBGRToYUV420RoundedLuma_8u_C3P3R);
 HWY_EXPORT(rowPairRGBToYUV420_8u_P3R);
 HWY_EXPORT(rowYUV422ToRGB_8u_C2C3R);
 HWY_EXPORT(rowRGBToYUV422_8u_C3C2R);
@@ -673,6 +694,12 @@ RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R()
 {
     detectSimdTargets();
     return &HWY_DYNAMIC_DISPATCH(rowPairRGBToYUV420_8u_C3P3R);
+}
+
+RowPairRGBToYUV420 chooseBGRToYUV420RoundedLuma_8u_C3P3R()
+{
+    detectSimdTargets();
+    return &HWY_DYNAMIC_DISPATCH(rowPairBGRToYUV420RoundedLuma_8u_C3P3R);
 }
 
 RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()
@@ -753,6 +780,11 @@ RowPairYUV420 chooseYUV420ToBGR_8u_P3C3R()
 RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R()
 {
     return innerRGBToYUV420_8u_C3P3R;
+}
+
+RowPairRGBToYUV420 chooseBGRToYUV420RoundedLuma_8u_C3P3R()
+{
+    return innerBGRToYUV420RoundedLuma_8u_C3P3R;
 }
 
 RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R()

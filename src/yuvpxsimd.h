@@ -50,6 +50,10 @@ void innerRGBToYUV420_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTo
                                int width);
 void innerRGBToYUV420_8u_P3R(kel::PlaneSource top, kel::PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
                              Kel8u* v, int width);
+// The same from B, G, R pixels with Y rounded half up, where the others
+// truncate it: the arithmetic of the packed-source members.
+void innerBGRToYUV420RoundedLuma_8u_C3P3R(const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
+                                          Kel8u* v, int width);
 
 // The pixel-order 4:2:2 row kernels (Y0 U Y1 V pairs): a last single pixel
 // in a pair cut after two bytes.  The inverse takes the V it lacks from the
@@ -87,6 +91,7 @@ using RowPairRGBToYUV420 = void (*)(const Kel8u* top, const Kel8u* bottom, Kel8u
 using RowPairRGBToYUV420Planes = void (*)(PlaneSource top, PlaneSource bottom, Kel8u* yTop, Kel8u* yBottom, Kel8u* u,
                                           Kel8u* v, int width);
 RowPairRGBToYUV420 chooseRGBToYUV420_8u_C3P3R();
+RowPairRGBToYUV420 chooseBGRToYUV420RoundedLuma_8u_C3P3R();
 RowPairRGBToYUV420Planes chooseRGBToYUV420_8u_P3R();
 
 // A 4:2:2 row, pixel pairs to RGB24 or back.

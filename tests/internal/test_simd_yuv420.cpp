@@ -286,6 +286,28 @@ TEST(SimdYUV420, ForwardRowPairMatchesScalarKernelAtEveryWidth)
     });
 }
 
+// The rounding variant over B, G, R rows, which the packed-source members use.
+TEST(SimdYUV420, ForwardRoundedBGRRowPairMatchesScalarKernelAtEveryWidth)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        const RowPairRGBToYUV420 fastKernel = kel::chooseBGRToYUV420RoundedLuma_8u_C3P3R();
+        for (int width : kt::simdTestWidths()) {
+            for (int lead = 0; lead < 4; ++lead) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width * 4 + lead + 5));
+                kt::RandomRows bgr(2, 3 * width + 1, lead, gen);
+                YUVPair fast(width, lead, gen);
+                YUVPair scalar = fast;
+                fastKernel(bgr.row(0), bgr.row(1), fast.luma.row(0), fast.luma.row(1), fast.u.row(0), fast.v.row(0),
+                           width);
+                innerBGRToYUV420RoundedLuma_8u_C3P3R(bgr.row(0), bgr.row(1), scalar.luma.row(0), scalar.luma.row(1),
+                                                     scalar.u.row(0), scalar.v.row(0), width);
+                ASSERT_TRUE(fast == scalar) << "BGRToYUV420RoundedLuma on " << target << ", width " << width
+                                            << ", lead " << lead;
+            }
+        }
+    });
+}
+
 TEST(SimdYUV420, ForwardPlanesRowPairMatchesScalarKernelAtEveryWidth)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
@@ -400,6 +422,46 @@ TEST(SimdYUV420, EveryRGBMatchesTheFormulas)
         EXPECT_TRUE(lumaOut == lumaExpected) << target;
         EXPECT_TRUE(uOut == uExpected) << target;
         EXPECT_TRUE(vOut == vExpected) << target;
+    });
+}
+
+// Every colour through the rounding variant, a 4096-pixel row pair at a
+// time: each Y against (L + 32768) >> 16, each cell against the cell formulas.
+TEST(SimdYUV420, EveryBGRMatchesTheRoundedFormulas)
+{
+    constexpr int kSide = 4096;
+    using namespace kel::yuv;
+    kt::forEachSimdTarget([&](const std::string& target) {
+        const RowPairRGBToYUV420 kernel = kel::chooseBGRToYUV420RoundedLuma_8u_C3P3R();
+        std::vector<Kel8u> bgr(2 * 3 * kSide), luma(2 * kSide), u(kSide / 2), v(kSide / 2);
+        int wrong = 0;
+        for (int y = 0; y < kSide; y += 2) {
+            for (int row = 0; row < 2; ++row) {
+                for (int x = 0; x < kSide; ++x) {
+                    const std::uint32_t colour = static_cast<std::uint32_t>(y + row) * kSide + x;
+                    Kel8u* p = &bgr[3 * (row * kSide + x)];
+                    p[0] = static_cast<Kel8u>(colour >> 16);
+                    p[1] = static_cast<Kel8u>(colour >> 8);
+                    p[2] = static_cast<Kel8u>(colour);
+                }
+            }
+            kernel(bgr.data(), bgr.data() + 3 * kSide, luma.data(), luma.data() + kSide, u.data(), v.data(), kSide);
+            for (int c = 0; c < kSide / 2; ++c) {
+                std::int32_t red = 0, blue = 0, sum = 0;
+                for (int p = 0; p < 4; ++p) {
+                    const int at = (p / 2) * kSide + 2 * c + p % 2;
+                    const Kel8u* px = &bgr[3 * at];
+                    const std::int32_t l = lumaSum(px[2], px[1], px[0]);
+                    wrong += luma[at] != static_cast<Kel8u>((l + 32768) >> 16);
+                    red += px[2];
+                    blue += px[0];
+                    sum += l;
+                }
+                wrong += u[c] != chromaU<2>(blue, sum);
+                wrong += v[c] != chromaV<2>(red, sum);
+            }
+        }
+        EXPECT_EQ(0, wrong) << target;
     });
 }
 
