@@ -13,25 +13,32 @@ using namespace kel;
 using simd565::WidenRow;
 
 // ---- layers behind the public functions ----------------------------------------------------------
+// One walk a destination form, for the member's field widths: the 565 and
+// 555 siblings differ only in how a run is widened.  Defined below.
 
-void ownBGR565ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
-void ownBGR555ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
-void ownBGR565ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR555ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR565ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR555ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR565ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR555ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height);
-void ownBGR565ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                   int width, int height);
-void ownBGR555ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                   int width, int height);
+namespace {
+
+template <WidenRow (*Widen)()>
+void toPixelOrder422(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height);
+template <WidenRow (*Widen)(), int GroupShift>
+void toPlanes(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height);
+template <WidenRow (*Widen)()>
+void toCells420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height);
+template <WidenRow (*Widen)()>
+void toYUV420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height);
+
+} // namespace
+
+constexpr auto ownBGR565ToYCbCr422_16u8u_C3C2R = toPixelOrder422<simd565::chooseWiden565>;
+constexpr auto ownBGR555ToYCbCr422_16u8u_C3C2R = toPixelOrder422<simd565::chooseWiden555>;
+constexpr auto ownBGR565ToYCbCr422_16u8u_C3P3R = toPlanes<simd565::chooseWiden565, 1>;
+constexpr auto ownBGR555ToYCbCr422_16u8u_C3P3R = toPlanes<simd565::chooseWiden555, 1>;
+constexpr auto ownBGR565ToYCbCr420_16u8u_C3P3R = toCells420<simd565::chooseWiden565>;
+constexpr auto ownBGR555ToYCbCr420_16u8u_C3P3R = toCells420<simd565::chooseWiden555>;
+constexpr auto ownBGR565ToYCbCr411_16u8u_C3P3R = toPlanes<simd565::chooseWiden565, 2>;
+constexpr auto ownBGR555ToYCbCr411_16u8u_C3P3R = toPlanes<simd565::chooseWiden555, 2>;
+constexpr auto ownBGR565ToYUV420_16u8u_C3P3R = toYUV420<simd565::chooseWiden565>;
+constexpr auto ownBGR555ToYUV420_16u8u_C3P3R = toYUV420<simd565::chooseWiden555>;
 
 // ---- public functions ------------------------------------------------------------------------------
 // Every pointer and plane first, then the size; the 4:1:1 and YUV members
@@ -208,55 +215,6 @@ void toYUV420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int d
 }
 
 } // namespace
-
-void ownBGR565ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
-{
-    toPixelOrder422<simd565::chooseWiden565>(pSrc, srcStep, pDst, dstStep, width, height);
-}
-void ownBGR555ToYCbCr422_16u8u_C3C2R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
-{
-    toPixelOrder422<simd565::chooseWiden555>(pSrc, srcStep, pDst, dstStep, width, height);
-}
-void ownBGR565ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toPlanes<simd565::chooseWiden565, 1>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR555ToYCbCr422_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toPlanes<simd565::chooseWiden555, 1>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR565ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toCells420<simd565::chooseWiden565>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR555ToYCbCr420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toCells420<simd565::chooseWiden555>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR565ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toPlanes<simd565::chooseWiden565, 2>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR555ToYCbCr411_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                     int width, int height)
-{
-    toPlanes<simd565::chooseWiden555, 2>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR565ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                   int width, int height)
-{
-    toYUV420<simd565::chooseWiden565>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
-void ownBGR555ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3],
-                                   int width, int height)
-{
-    toYUV420<simd565::chooseWiden555>(pSrc, srcStep, pDst, dstSteps, width, height);
-}
 
 // ---- kernels -------------------------------------------------------------------------------------------
 
