@@ -111,6 +111,20 @@ KEL_API Kel16u* kelsMalloc_16u(int len);
 KEL_API Kel32f* kelsMalloc_32f(int len);
 KEL_API void kelsFree(void* ptr);
 
+/* ---- uniform random generator ------------------------------------------ */
+/* A record is made by InitAlloc and destroyed by Free of the same suffix, and
+   belongs to one thread at a time; a record handed to a function of the other
+   suffix gives kelErrContext and is left as it was.  Equal seeds and limits
+   give equal streams, and a stream continues across calls. */
+typedef struct KelRandUniformState_16s KelRandUniformState_16s;
+typedef struct KelRandUniformState_32f KelRandUniformState_32f;
+KEL_API KelResult kelsRandUniformInitAlloc_16s(KelRandUniformState_16s** ppState, Kel16s low, Kel16s high, unsigned int seed);
+KEL_API KelResult kelsRandUniformInitAlloc_32f(KelRandUniformState_32f** ppState, Kel32f low, Kel32f high, unsigned int seed);
+KEL_API KelResult kelsRandUniform_16s(Kel16s* pDst, int len, KelRandUniformState_16s* pState);
+KEL_API KelResult kelsRandUniform_32f(Kel32f* pDst, int len, KelRandUniformState_32f* pState);
+KEL_API KelResult kelsRandUniformFree_16s(KelRandUniformState_16s* pState);
+KEL_API KelResult kelsRandUniformFree_32f(KelRandUniformState_32f* pState);
+
 /* ---- small one-channel operations -------------------------------------- */
 KEL_API KelResult keliCopy_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliSet_8u_C1R(Kel8u value, Kel8u* pDst, int dstStep, KelImageSize roiSize);
