@@ -520,6 +520,51 @@ KEL_API KelResult keliBGR555ToYUV420_16u8u_C3P3R(const Kel16u* pSrc, int srcStep
 KEL_API KelResult keliYCbCr411ToBGR565_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliYCbCr411ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], const int srcSteps[3], Kel16u* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- bit-depth reduction ------------------------------------------------- */
+/* Requantises to `levels` evenly spaced levels (2..256; 2..65536 for 16u and
+   16s), with no dither or an ordered 4 x 4 dither anchored at the region's
+   first pixel, plain (noisePercent 0) or with a deterministic noise of
+   noisePercent (0..100).  Tests: pointers, size, noise, levels; a ditherKind
+   outside 0..4 returns kelOk and writes nothing.  16s samples are taken as
+   the sample + 32768.  AC4 leaves the fourth sample alone; C4 treats it as a
+   colour.  Float sources are meant to lie in 0..1: outside it the result is
+   saturated to the destination's range (below 0 gives 0, above 1 the top,
+   NaN 0).  The noise forms return kelErrNoMemory, with nothing written, when
+   an allocation fails.  The error-diffusion kinds (1, 2, 3) write nothing in
+   this version. */
+KEL_API KelResult keliReduceBits_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_8u_C4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u_C1R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u_C4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u8u_C1R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u8u_AC4R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16u8u_C4R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s8u_C1R(const Kel16s* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s8u_C3R(const Kel16s* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s8u_AC4R(const Kel16s* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s8u_C4R(const Kel16s* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s_C1R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_16s_C4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f8u_C1R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f8u_C3R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f8u_AC4R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f8u_C4R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16u_C1R(const Kel32f* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16u_C3R(const Kel32f* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16u_AC4R(const Kel32f* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16u_C4R(const Kel32f* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16s_C1R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16s_C3R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16s_AC4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+KEL_API KelResult keliReduceBits_32f16s_C4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,0 +1,83 @@
+// The engines of bit-depth reduction, one template a kind over the member's
+// sample types (reduce.h), instantiated for the eight of them, and the row
+// kernels of the ordered dither.  The engines take L, the number of levels
+// less one, and the channel code.
+#pragma once
+
+#include <cstdint>
+
+#include "reduce.h"
+
+// The 4 x 4 threshold pattern of the ordered dither, row-major by image row
+// and column: k / 15 for k = 0 8 2 10 / 12 4 14 6 / 3 11 1 9 / 15 7 13 5.
+extern const float bayer_thresh[16];
+
+namespace kel::reduce {
+
+// No dither: strides in bytes; the calling thread alone.
+template <class T>
+void ownNo_PX(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep, int width,
+              int height, int L, int code);
+
+// Ordered dither, plain and noise, C1/C3/AC4 (code 1, 3, 4) and C4: strides
+// in samples; rows shared among the threads at every size.  The noise forms
+// give kelErrNoMemory when their tables can't be made, before any pixel.
+template <class T>
+KelResult ownReduceBits_bayer(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep,
+                              int width, int height, int L, int code);
+template <class T>
+KelResult ownReduceBits_bayer_noise(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst,
+                                    int dstStep, int width, int height, int L, int noisePercent, int code);
+template <class T>
+KelResult ownReduceBits_bayer_c4(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep,
+                                 int width, int height, int L);
+template <class T>
+KelResult ownReduceBits_bayer_noise_c4(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst,
+                                       int dstStep, int width, int height, int L, int noisePercent);
+
+// Float images to 16 bits with no quantising: trunc(x * 65535 + 9e-6), less
+// 32768 for the signed form, no clamp (the low 16 bits are kept); strides in
+// samples; rows shared among the threads.
+void ownScale_32f16u(const Kel32f* pSrc, int srcStep, Kel16u* pDst, int dstStep, int width, int height, int code);
+void ownScale_32f16s(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, int width, int height, int code);
+
+// ---- row kernels of the ordered dither (reducepx.cpp) ---------------------------------------------------
+
+// One pixel's threshold a column, from the call's scaled pattern (plain) or
+// from the pattern and the noise tables (noise); x and y count from the
+// region's first pixel.
+struct PlainThresholds {
+    const float* pattern;  // 16 floats, scaled by S
+    int y;
+    long double at(int x) const { return pattern[(y & 3) * 4 + (x & 3)]; }
+};
+struct NoiseThresholds {
+    NoiseTables noise;
+    float S;
+    int y;
+    long double at(int x) const
+    {
+        return (static_cast<long double>(bayer_thresh[(y & 3) * 4 + (x & 3)]) + noise.at(x, y)) *
+               static_cast<long double>(S);
+    }
+};
+
+// `channels` of every pixel, `pitch` samples a pixel apart.
+template <class T, class Thresholds>
+void innerReduceBits_bayer(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
+                           int channels, const Thresholds& thresholds, const Levels& k);
+
+// The 8-bit plain form, whose outcome depends only on the sample and its
+// pattern cell: the 16 x 256 outcomes worked out once a call by the
+// arithmetic above, then one look-up a sample.
+struct Outcomes8u {
+    Kel8u of[16][256];
+};
+void outcomesOfBayer8u(const float pattern[16], const Levels& k, Outcomes8u& outcomes);
+void innerReduceBits_bayer_8u_table(const Kel8u* src, Kel8u* dst, int width, int pitch, int channels, int y,
+                                    const Outcomes8u& outcomes);
+
+// The scaling row kernel: `channels` of every pixel, `pitch` samples apart.
+void innerScale_32f16(const Kel32f* src, std::uint16_t* dst, int width, int pitch, int channels, std::uint32_t offset);
+
+} // namespace kel::reduce
