@@ -24,7 +24,7 @@ namespace {
 
 // ---- reference ----------------------------------------------------------------
 
-// The generator as described: a congruential sequence from 1131199209, and a
+// The generator in plain terms: a congruential sequence from 1131199209, and a
 // subtract-with-borrow sequence seeded with the seed and two congruential
 // steps of it, borrowing at the start.  Each draw is the wrapped sum of both.
 class ReferenceStream {
@@ -286,17 +286,17 @@ struct KindName {
 using Kinds = ::testing::Types<Kind16s, Kind32f>;
 TYPED_TEST_SUITE(RandUniform, Kinds, KindName);
 
-// The worked draws of seeds 1 and 0.
+// The first draws of seeds 1 and 0, known values.
 const std::vector<std::int32_t> kSeed1Draws{1676100226, -1588522615, -1713702600, 59565502};
 const std::vector<std::int32_t> kSeed0Draws{-2143376656, -1588453546, -1238212167};
 
-TEST(RandReference, GivesTheWorkedDrawsOfSeedsOneAndZero)
+TEST(RandReference, GivesTheKnownDrawsOfSeedsOneAndZero)
 {
     EXPECT_EQ(kSeed1Draws, ReferenceStream(1).take(4));
     EXPECT_EQ(kSeed0Draws, ReferenceStream(0).take(3));
 }
 
-TYPED_TEST(RandUniform, FirstSamplesFollowTheWorkedDraws)
+TYPED_TEST(RandUniform, FirstSamplesFollowTheKnownDraws)
 {
     using K = TypeParam;
     const auto [low, high] = wideLimits<K>();
