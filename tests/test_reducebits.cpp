@@ -252,7 +252,7 @@ std::string describe(const Member& m, KelImageSize size, Request r)
     return s.str();
 }
 
-// What a call writes, in the text's arithmetic: pixels of `src` (byte stride
+// What a call writes, by the level arithmetic evaluated here in long double: pixels of `src` (byte stride
 // srcStep) into `dst` (byte stride dstStep). The ordered dither takes its
 // strides in whole samples, so a byte stride is cut down to one; the no-dither
 // engine uses the bytes as given. Other kinds write nothing.
@@ -321,22 +321,25 @@ Ld pickValue(Tag t, int levels, std::mt19937& gen)
     const int L = levels - 1;
     const int range = sourceRange(t);
     const int j = int(gen() % unsigned(L + 1));
+    const Ld midway = std::min<Ld>(L, j + 0.5L) * range / L;  // between two levels
     if (floatSource(t)) {
         const float level = float(Ld(j) / L);
-        switch (gen() % 5) {
+        switch (gen() % 6) {
         case 0: return float((gen() >> 8) * 0x1p-24L);
         case 1: return level;
         case 2: return std::min(1.0f, std::nextafter(level, 2.0f));
         case 3: return std::max(0.0f, std::nextafter(level, -1.0f));
+        case 4: return float(midway);
         default: return (gen() & 1) ? 1.0f : 0.0f;
         }
     }
     const long long level = std::llround(Ld(j) * range / L);
-    switch (gen() % 5) {
+    switch (gen() % 6) {
     case 0: return gen() % unsigned(range + 1);
     case 1: return level;
     case 2: return std::min<long long>(range, level + 1);
     case 3: return std::max<long long>(0, level - 1);
+    case 4: return (gen() & 1) ? std::floor(midway) : std::ceil(midway);
     default: return (gen() & 1) ? range : 0;
     }
 }
@@ -360,6 +363,59 @@ void fillSource(const Member& m, Image& src, KelImageSize size, int levels, std:
     }
 }
 
+// Values on the thresholds of the ordered dither: for each pixel a level q and
+// the value nearest q * S + T, or one a unit (an integer, or a float's last
+// place) beside it where the decision by T and by a near twin of T part: the
+// pattern scaled by the float S or left unrounded, the noise threshold scaled
+// by the exact S or rounded to float. A value where the twins agree is still
+// next to the threshold, so ties r = T come up as well.
+void fillThresholdEdges(const Member& m, Image& src, KelImageSize size, Request r, std::uint32_t seed)
+{
+    std::mt19937 gen(seed);
+    const Steps k = stepsFor(m.tag, r.levels - 1);
+    const Noise* noise = r.noise != 0 ? &noiseFor(r.noise) : nullptr;
+    const int range = sourceRange(m.tag);
+    auto rises = [&](Ld v, Ld T) {
+        const std::int32_t q = std::int32_t(v * k.I + kBias);
+        return v - q * Ld(k.S) > T;
+    };
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x) {
+            const int cell = (y & 3) * 4 + (x & 3);
+            const Ld b = patternAt(cell);
+            Ld T, twins[2];
+            if (noise) {
+                const Ld n = noise->at(x, y);
+                T = (b + n) * k.S;
+                twins[0] = (b + n) * k.exactS;
+                twins[1] = float((b + n) * k.S);
+            } else {
+                T = float(b * k.exactS);
+                twins[0] = float(b * k.S);
+                twins[1] = b * k.exactS;
+            }
+            for (int c = 0; c < m.channels; ++c) {
+                const int q = int(gen() % unsigned(k.L));
+                const Ld target = q * Ld(k.S) + T;
+                std::vector<Ld> near;
+                if (floatSource(m.tag)) {
+                    float f = float(target);
+                    for (int i = 0; i < 2; ++i) f = std::nextafter(f, -1.0f);
+                    for (int i = 0; i < 5; ++i, f = std::nextafter(f, 2.0f))
+                        if (f >= 0 && f <= 1) near.push_back(f);
+                } else {
+                    for (long long v = std::llround(std::floor(target)) - 1; v <= std::llround(std::floor(target)) + 2; ++v)
+                        if (v >= 0 && v <= range) near.push_back(Ld(v));
+                }
+                if (near.empty()) near.push_back(0);
+                Ld pick = near[near.size() / 2];
+                for (Ld v : near)
+                    if (rises(v, T) != rises(v, twins[0]) || rises(v, T) != rises(v, twins[1])) pick = v;
+                putSource(m.tag, src.row(0, y) + (x * m.pitch + c) * m.srcBytes, pick);
+            }
+        }
+}
+
 class ReduceBitsMembers : public ::testing::TestWithParam<Member> {
 protected:
     // Most tests run on the calling thread; the team sizes have a test of their own.
@@ -367,7 +423,7 @@ protected:
 
     // One call on a random image, held to the model: destination rows byte
     // for byte, source unchanged, guards and padding intact.
-    void expectModel(KelImageSize size, Request r, std::uint32_t seed)
+    void expectModel(KelImageSize size, Request r, std::uint32_t seed, bool onThresholds = false)
     {
         const Member& m = GetParam();
         Image src = pixels(size.width, size.height, m.pitch, false, m.srcBytes);
@@ -375,6 +431,7 @@ protected:
         Image expected = pixels(size.width, size.height, m.pitch, false, m.dstBytes);
         src.fill(seed);
         fillSource(m, src, size, r.levels, seed);
+        if (onThresholds) fillThresholdEdges(m, src, size, r, seed);
         dst.fill(seed + 7);
         expected.fill(seed + 7);
         const auto srcBefore = src.rows();
@@ -527,6 +584,16 @@ TEST_P(ReduceBitsMembers, OrderedNoiseFollowsThePatternPlusTheNoiseTable)
     for (int levels : someLevels())
         for (int noise : {1, 37, 100})
             for (KelImageSize size : kSizes) expectModel(size, {kelDitherOrdered, noise, levels}, seed++);
+}
+
+// Values next to the thresholds tell how T is formed: the plain pattern from
+// the exact S rounded once to float, the noise threshold from the float S and
+// not rounded.
+TEST_P(ReduceBitsMembers, OrderedDecisionsRightAtTheThresholds)
+{
+    std::uint32_t seed = 500;
+    for (int levels : someLevels())
+        for (int noise : {0, 37, 100}) expectModel({33, 8}, {kelDitherOrdered, noise, levels}, seed++, true);
 }
 
 TEST_P(ReduceBitsMembers, NoiseFormsGiveTheSameBytesTwice)
