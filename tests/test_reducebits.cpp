@@ -252,10 +252,11 @@ std::string describe(const Member& m, KelImageSize size, Request r)
     return s.str();
 }
 
-// What a call writes, by the level arithmetic evaluated here in long double: pixels of `src` (byte stride
-// srcStep) into `dst` (byte stride dstStep). The ordered dither takes its
-// strides in whole samples, so a byte stride is cut down to one; the no-dither
-// engine uses the bytes as given. Other kinds write nothing.
+// What a call writes, by the level arithmetic evaluated here in long double:
+// pixels of `src` (byte stride srcStep) into `dst` (byte stride dstStep). The
+// ordered dither takes its strides in whole samples, so a byte stride is cut
+// down to one; the no-dither engine uses the bytes as given. Other kinds write
+// nothing.
 void model(const Member& m, const std::uint8_t* src, long srcStep, std::uint8_t* dst, long dstStep, KelImageSize size,
            Request r)
 {
