@@ -528,8 +528,9 @@ KEL_API KelResult keliYCbCr411ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], c
    outside 0..4 returns kelOk and writes nothing.  16s samples are taken as
    the sample + 32768.  AC4 leaves the fourth sample alone; C4 treats it as a
    colour.  Float sources are meant to lie in 0..1: outside it the result is
-   saturated to the destination's range (below 0 gives 0, above 1 the top,
-   NaN 0).  The noise forms return kelErrNoMemory, with nothing written, when
+   saturated to the destination's range (above 1 the top, NaN 0, below 0 the
+   bottom, but for the noise form, whose threshold may lift a value up to one
+   level width below 0 by a level).  The noise forms return kelErrNoMemory, with nothing written, when
    an allocation fails.  The error-diffusion kinds (1, 2, 3) write nothing in
    this version. */
 KEL_API KelResult keliReduceBits_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
