@@ -1,6 +1,7 @@
 // Bit-depth reduction without dither: each sample to the nearest of L + 1
 // evenly spaced levels of 0..1, an exact tie to the lower one.
 #include <cstdint>
+#include <cstring>
 
 #include "reduceengines.h"
 
@@ -20,6 +21,21 @@ inline typename T::Destination noDither(typename T::Source s, long double l, lon
     long double t = static_cast<long double>(truncate32(l * u)) * step;
     if (u - t > half) t += step;
     return T::store(clampTo(truncate32(t * static_cast<long double>(T::kTop)), T::kTop));
+}
+
+// Byte strides that are not whole samples put rows at any byte address: the
+// samples are read and written through copies.
+template <typename S>
+inline S loadSample(const S* p)
+{
+    S value;
+    std::memcpy(&value, p, sizeof value);
+    return value;
+}
+template <typename S>
+inline void storeSample(S* p, S value)
+{
+    std::memcpy(p, &value, sizeof value);
 }
 
 } // namespace
@@ -43,7 +59,7 @@ void ownNo_PX(const typename T::Source* pSrc, int srcStep, typename T::Destinati
             for (int c = 0; c < channels; ++c) {
                 const int at = x * pitch + c;
                 if constexpr (T::kScale == Scale::k8u) dst[at] = table[src[at]];
-                else dst[at] = noDither<T>(src[at], l, step, half);
+                else storeSample(dst + at, noDither<T>(loadSample(src + at), l, step, half));
             }
         }
     });
