@@ -6,54 +6,14 @@
 #include <vector>
 
 #include "kelcc.h"
+#include "support/hooks.h"
 
 namespace {
 
-// Records what reaches the hooks, optionally failing or returning a raw
-// address at a chosen distance above a multiple of 32.
-struct HookLog {
-    std::vector<std::size_t> mallocSizes;
-    std::vector<void*> freed;
-    bool fail = false;
-    std::size_t offset = 0;  // raw address = 32-aligned base + offset
-    std::vector<void*> bases;
-};
-HookLog* gLog = nullptr;
-
-void* loggingMalloc(std::size_t size)
-{
-    gLog->mallocSizes.push_back(size);
-    if (gLog->fail) return nullptr;
-    void* base = std::aligned_alloc(32, (size + gLog->offset + 31) / 32 * 32 + 32);
-    gLog->bases.push_back(base);
-    return static_cast<char*>(base) + gLog->offset;
-}
-
-void loggingFree(void* raw)
-{
-    gLog->freed.push_back(raw);
-    std::free(static_cast<char*>(raw) - gLog->offset);
-}
-
 class Hooks : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        gLog = &log;
-        savedMalloc = i_malloc;
-        savedFree = i_free;
-        i_malloc = loggingMalloc;
-        i_free = loggingFree;
-    }
-    void TearDown() override
-    {
-        i_malloc = savedMalloc;
-        i_free = savedFree;
-        gLog = nullptr;
-    }
-    HookLog log;
-    void* (*savedMalloc)(std::size_t) = nullptr;
-    void (*savedFree)(void*) = nullptr;
+    kt::HookLog log;
+    kt::HookScope scope{log};
 };
 
 TEST(Allocator, HooksStartAsTheCLibrary)
@@ -71,7 +31,7 @@ TEST_F(Hooks, NonPositiveLengthsGiveNullWithoutCallingTheHook)
     EXPECT_EQ(nullptr, kelsMalloc_16s(0));
     EXPECT_EQ(nullptr, kelsMalloc_32f(-1));
     EXPECT_EQ(nullptr, kelsMalloc_16u(INT32_MIN));
-    EXPECT_TRUE(log.mallocSizes.empty());
+    EXPECT_TRUE(log.sizes.empty());
 }
 
 TEST_F(Hooks, RequestAddsTheMarginToTheElementBytes)
@@ -80,7 +40,7 @@ TEST_F(Hooks, RequestAddsTheMarginToTheElementBytes)
     kelsFree(kelsMalloc_32f(1));
     kelsFree(kelsMalloc_16s(3));
     kelsFree(kelsMalloc_16u(1000));
-    EXPECT_EQ((std::vector<std::size_t>{4 + margin, 6 + margin, 2000 + margin}), log.mallocSizes);
+    EXPECT_EQ((std::vector<std::size_t>{4 + margin, 6 + margin, 2000 + margin}), log.sizes);
 }
 
 TEST_F(Hooks, BlocksAre32ByteAlignedAboveTheRawAddress)
@@ -94,7 +54,7 @@ TEST_F(Hooks, BlocksAre32ByteAlignedAboveTheRawAddress)
         EXPECT_EQ(0u, p % 32);
         EXPECT_GE(p - raw, sizeof(void*));           // room for the raw address below the block
         EXPECT_LT(p - raw, sizeof(void*) + 32);
-        EXPECT_GE(raw + log.mallocSizes.back(), p + 5 * sizeof(float) + 1);  // at least one tail byte
+        EXPECT_GE(raw + log.sizes.back(), p + 5 * sizeof(float) + 1);  // at least one tail byte
         for (int i = 0; i < 5; ++i) block[i] = 1.0f;  // the whole block is usable
         kelsFree(block);
         ASSERT_EQ(raw, reinterpret_cast<std::uintptr_t>(log.freed.back()));
@@ -110,7 +70,7 @@ TEST_F(Hooks, FailingHookGivesNull)
 {
     log.fail = true;
     EXPECT_EQ(nullptr, kelsMalloc_16u(10));
-    EXPECT_EQ(1u, log.mallocSizes.size());
+    EXPECT_EQ(1u, log.sizes.size());
 }
 
 TEST_F(Hooks, FreeOfNullDoesNothing)
@@ -127,7 +87,7 @@ TEST_F(Hooks, HooksAreReadAtEachCall)
     i_free = std::free;
     auto* second = kelsMalloc_16s(4);
     kelsFree(second);
-    EXPECT_EQ(1u, log.mallocSizes.size());
+    EXPECT_EQ(1u, log.sizes.size());
     EXPECT_EQ(1u, log.freed.size());
 }
 

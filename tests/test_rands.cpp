@@ -19,6 +19,7 @@
 
 #include "kelcc.h"
 #include "support/guarded.h"
+#include "support/hooks.h"
 
 namespace {
 
@@ -172,31 +173,6 @@ std::pair<typename K::Limit, typename K::Limit> wideLimits()
     return K::limits().front();
 }
 
-// ---- hooks --------------------------------------------------------------------
-
-// Counts what reaches the allocator hooks, and can make i_malloc fail.
-struct HookCount {
-    std::vector<std::size_t> sizes;
-    std::vector<void*> handedOut, freed;
-    bool fail = false;
-};
-HookCount* gHooks = nullptr;
-
-void* countingMalloc(std::size_t size)
-{
-    gHooks->sizes.push_back(size);
-    if (gHooks->fail) return nullptr;
-    void* raw = std::malloc(size);
-    gHooks->handedOut.push_back(raw);
-    return raw;
-}
-
-void countingFree(void* raw)
-{
-    gHooks->freed.push_back(raw);
-    std::free(raw);
-}
-
 // A destination of `len` samples with guard bytes on both sides.
 template <typename T>
 struct GuardedSamples {
@@ -224,21 +200,6 @@ protected:
     using Sample = typename K::Sample;
     using Limit = typename K::Limit;
     using State = typename K::State;
-
-    void SetUp() override
-    {
-        gHooks = &hooks;
-        savedMalloc = i_malloc;
-        savedFree = i_free;
-        i_malloc = countingMalloc;
-        i_free = countingFree;
-    }
-    void TearDown() override
-    {
-        i_malloc = savedMalloc;
-        i_free = savedFree;
-        gHooks = nullptr;
-    }
 
     State* make(Limit low, Limit high, unsigned seed)
     {
@@ -270,9 +231,9 @@ protected:
             ASSERT_TRUE(same(expected[i], actual[i])) << "sample " << i << ": " << expected[i] << " vs " << actual[i];
     }
 
-    HookCount hooks;
-    void* (*savedMalloc)(std::size_t) = nullptr;
-    void (*savedFree)(void*) = nullptr;
+    // Every allocation of a test goes through the logging hooks.
+    kt::HookLog hooks;
+    kt::HookScope scope{hooks};
 };
 
 struct KindName {

@@ -22,6 +22,7 @@
 
 #include "kelcc.h"
 #include "kelcore.h"
+#include "support/hooks.h"
 #include "support/layouts.h"
 
 using namespace kt;
@@ -820,47 +821,7 @@ TEST_P(ReduceBitsMembers, SameBytesForEveryTeamSize)
 
 // ---- allocation ----------------------------------------------------------------------------------
 
-struct AllocationLog {
-    int requests = 0, failAt = 0, granted = 0, freed = 0;
-};
-AllocationLog* gAllocations = nullptr;
-
-void* failingMalloc(std::size_t size)
-{
-    if (++gAllocations->requests == gAllocations->failAt) return nullptr;
-    ++gAllocations->granted;
-    return std::malloc(size);
-}
-
-void countingFree(void* p)
-{
-    ++gAllocations->freed;
-    std::free(p);
-}
-
-class ReduceBitsAllocation : public ReduceBitsMembers {
-protected:
-    void SetUp() override
-    {
-        savedMalloc = i_malloc;
-        savedFree = i_free;
-    }
-    void TearDown() override { restore(); }
-    void install(AllocationLog& log)
-    {
-        gAllocations = &log;
-        i_malloc = failingMalloc;
-        i_free = countingFree;
-    }
-    void restore()
-    {
-        i_malloc = savedMalloc;
-        i_free = savedFree;
-        gAllocations = nullptr;
-    }
-    void* (*savedMalloc)(std::size_t) = nullptr;
-    void (*savedFree)(void*) = nullptr;
-};
+class ReduceBitsAllocation : public ReduceBitsMembers {};
 
 TEST_P(ReduceBitsAllocation, NoiseFormFailsCleanlyAtEveryRequest)
 {
@@ -874,20 +835,23 @@ TEST_P(ReduceBitsAllocation, NoiseFormFailsCleanlyAtEveryRequest)
     for (int n = 1; n <= 20; ++n) {
         dst.fill(13);
         const auto before = dst.rows();
-        AllocationLog log;
+        kt::HookLog log;
         log.failAt = n;
-        install(log);
-        const KelResult status = m.call(src.ptr(), src.step(), dst.ptr(), dst.step(), size, 25, kelDitherOrdered, 4);
-        restore();
-        EXPECT_EQ(log.granted, log.freed) << "request " << n << " refused";
+        KelResult status;
+        {
+            const kt::HookScope scope(log);
+            status = m.call(src.ptr(), src.step(), dst.ptr(), dst.step(), size, 25, kelDitherOrdered, 4);
+        }
+        EXPECT_EQ(log.handedOut.size(), log.freed.size()) << "request " << n << " refused";
         EXPECT_TRUE(dst.intact());
         if (status == kelOk) {
-            EXPECT_EQ(n - 1, log.granted) << "the call made as many requests as refusals needed";
+            EXPECT_EQ(static_cast<std::size_t>(n - 1), log.handedOut.size())
+                << "the call made as many requests as refusals needed";
             break;
         }
         EXPECT_EQ(kelErrNoMemory, status) << "request " << n << " refused";
         EXPECT_EQ(before, dst.rows()) << "request " << n << " refused";
-        EXPECT_EQ(n, log.requests) << "no request after a refusal";
+        EXPECT_EQ(static_cast<std::size_t>(n), log.requests()) << "no request after a refusal";
         ++failures;
     }
     EXPECT_GE(failures, 2) << "both noise tables come from the allocator";
@@ -904,13 +868,15 @@ TEST_P(ReduceBitsAllocation, PlainFormsAndNoDitherAllocateNothing)
     fillSource(m, src, size, 4, 14);
     for (Request r : {Request{kelDitherOrdered, 0, 4}, Request{kelDitherOff, 0, 4}, Request{kelDitherOff, 90, 4},
                       Request{7, 50, 4}}) {
-        AllocationLog log;
-        install(log);
-        const KelResult status = m.call(src.ptr(), src.step(), dst.ptr(), dst.step(), size, r.noise, r.kind, r.levels);
-        restore();
+        kt::HookLog log;
+        KelResult status;
+        {
+            const kt::HookScope scope(log);
+            status = m.call(src.ptr(), src.step(), dst.ptr(), dst.step(), size, r.noise, r.kind, r.levels);
+        }
         EXPECT_EQ(kelOk, status);
-        EXPECT_EQ(0, log.requests) << r.kind << " " << r.noise;
-        EXPECT_EQ(0, log.freed) << r.kind << " " << r.noise;
+        EXPECT_EQ(0u, log.requests()) << r.kind << " " << r.noise;
+        EXPECT_EQ(0u, log.freed.size()) << r.kind << " " << r.noise;
     }
 }
 
