@@ -157,37 +157,50 @@ void toPlanes(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int d
     });
 }
 
-// 2 x 2 cells.  The last column of an odd width gets its Y on both rows, the
-// last row of an odd height its Y in every column; neither adds chroma.
-template <WidenRow (*Widen)()>
-void toCells420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
+// The row pairs of a 4:2:0 destination: the first `count` pixels of both
+// source rows widened a run at a time and handed to the row-pair kernel;
+// then afterRun(top, bottom, yTop, yBottom, n) with the run's widened rows
+// and its luma from the run's first column.
+template <typename AfterRun>
+void widenedRowPairs(WidenRow widen, RowPairForward420 kernel, const Kel16u* pSrc, int srcStep,
+                     const PlaneRows<Kel8u>& dst, int count, int height, const AfterRun& afterRun)
 {
-    const WidenRow widen = Widen();
-    const RowPairForward420 kernel = chooseBGRToYCbCr420();
-    const PlaneRows<Kel8u> dst(pDst, dstSteps);
     Kel8u top[3 * kRun], bottom[3 * kRun];
     forEachRowPair(height, [&](int first, int second, int chroma) {
         const Kel16u* srcTop = rowAt(pSrc, srcStep, first);
         const Kel16u* srcBottom = secondOfPair(srcTop, srcStep);
         Kel8u *yTop = dst.row(0, first), *yBottom = dst.row(0, second);
         Kel8u *cb = dst.row(1, chroma), *cr = dst.row(2, chroma);
-        forEachRun(width, [&](int x0, int n) {
+        forEachRun(count, [&](int x0, int n) {
             widen(srcTop + x0, top, n);
             widen(srcBottom + x0, bottom, n);
             kernel(top, bottom, yTop + x0, yBottom + x0, cb + x0 / 2, cr + x0 / 2, n);
-            if (n & 1) {
-                const int last = n - 1;
-                innerLumaOfBGR(top + 3 * last, yTop + x0 + last, 1);
-                innerLumaOfBGR(bottom + 3 * last, yBottom + x0 + last, 1);
-            }
+            afterRun(top, bottom, yTop + x0, yBottom + x0, n);
         });
     });
+}
+
+// 2 x 2 cells.  The last column of an odd width gets its Y on both rows, the
+// last row of an odd height its Y in every column; neither adds chroma.
+template <WidenRow (*Widen)()>
+void toCells420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
+{
+    const WidenRow widen = Widen();
+    const PlaneRows<Kel8u> dst(pDst, dstSteps);
+    widenedRowPairs(widen, chooseBGRToYCbCr420(), pSrc, srcStep, dst, width, height,
+                    [](const Kel8u* top, const Kel8u* bottom, Kel8u* yTop, Kel8u* yBottom, int n) {
+                        if ((n & 1) == 0) return;
+                        const int last = n - 1;
+                        innerLumaOfBGR(top + 3 * last, yTop + last, 1);
+                        innerLumaOfBGR(bottom + 3 * last, yBottom + last, 1);
+                    });
     if (height & 1) {
         const Kel16u* src = rowAt(pSrc, srcStep, height - 1);
         Kel8u* luma = dst.row(0, height - 1);
+        Kel8u bgr[3 * kRun];
         forEachRun(width, [&](int x0, int n) {
-            widen(src + x0, top, n);
-            innerLumaOfBGR(top, luma + x0, n);
+            widen(src + x0, bgr, n);
+            innerLumaOfBGR(bgr, luma + x0, n);
         });
     }
 }
@@ -197,21 +210,8 @@ void toCells420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int
 template <WidenRow (*Widen)()>
 void toYUV420(const Kel16u* pSrc, int srcStep, Kel8u* const pDst[3], const int dstSteps[3], int width, int height)
 {
-    const WidenRow widen = Widen();
-    const RowPairRGBToYUV420 kernel = chooseBGRToYUV420RoundedLuma_8u_C3P3R();
-    const PlaneRows<Kel8u> dst(pDst, dstSteps);
-    Kel8u top[3 * kRun], bottom[3 * kRun];
-    forEachRowPair(height, [&](int first, int second, int chroma) {
-        const Kel16u* srcTop = rowAt(pSrc, srcStep, first);
-        const Kel16u* srcBottom = secondOfPair(srcTop, srcStep);
-        Kel8u *yTop = dst.row(0, first), *yBottom = dst.row(0, second);
-        Kel8u *u = dst.row(1, chroma), *v = dst.row(2, chroma);
-        forEachRun(width & ~1, [&](int x0, int n) {
-            widen(srcTop + x0, top, n);
-            widen(srcBottom + x0, bottom, n);
-            kernel(top, bottom, yTop + x0, yBottom + x0, u + x0 / 2, v + x0 / 2, n);
-        });
-    });
+    widenedRowPairs(Widen(), chooseBGRToYUV420RoundedLuma_8u_C3P3R(), pSrc, srcStep, PlaneRows<Kel8u>(pDst, dstSteps),
+                    width & ~1, height, [](const Kel8u*, const Kel8u*, Kel8u*, Kel8u*, int) {});
 }
 
 } // namespace
