@@ -54,6 +54,12 @@ struct Types {
         if constexpr (std::is_same_v<Src, Kel16s>) return static_cast<long double>(s) + 32768.0L;
         else return static_cast<long double>(s);
     }
+    // The same value as a double (exact: at most 24 significant bits).
+    static double valueFast(Src s)
+    {
+        if constexpr (std::is_same_v<Src, Kel16s>) return static_cast<double>(s) + 32768.0;
+        else return static_cast<double>(s);
+    }
     static long double range()
     {
         return kScale == Scale::k8u ? 255.0L : kScale == Scale::k16 ? 65535.0L : 1.0L;
@@ -129,6 +135,87 @@ inline typename T::Destination levelOutput(long double w, std::int32_t index, co
         o = truncate32(w * static_cast<long double>(T::kTop) + kNudge);
     }
     return T::store(clampTo(o, T::kTop));
+}
+
+// ---- the same arithmetic in doubles -------------------------------------------------------------------
+
+// The level arithmetic above in 64-bit doubles gives the same outcome for
+// every sample it doesn't refuse; a refused sample takes the extended path.
+//  - v * I is exact in both types: v has at most 24 significant bits (an
+//    integer below 2^16, or a float) and I is a float.  For a float v the
+//    product stays a normal double: |v| >= 2^-149 and 1 <= I <= 255.
+//  - y = v * I + 9e-6 is rounded once in each type, within 2^-36 of the exact
+//    sum while |y| < 2^17.  An integer between the two roundings would lie
+//    within 2^-35 of the double, so trunc agrees unless the double's fraction
+//    is within 2^-30 of 0 or 1, which is refused, as is |y| >= 2^17 (so
+//    |q| < 2^17; NaN and the infinities are refused here too).
+//  - q * S and r = v - q * S are exact in both: q * S has at most 17 + 24
+//    bits; v and q * S are multiples of 2^-32 (S >= 1/255 for every type, and
+//    for q != 0, |v| >= (1 - 9e-6) / I >= 2^-9), both below 2^17 in size, so
+//    r has at most 49 bits.  The level value w, q * S or q * S + S, likewise.
+//  - a plain threshold is a float, so r > T is decided exactly (the sign of
+//    the rounded difference is the sign of the difference).  A noise threshold
+//    (p + n) * S, p and n floats, is rounded twice in each type: the double
+//    and the extended value lie within 2^-51.8 |T| of each other, and the
+//    outcome is refused when the rounded |r - T| is at most 2^-50 |T|.
+//  - the output w + 9e-6 (16-bit sources) or w * 255 or w * 65535 plus 9e-6
+//    (float sources; the product has up to 57 bits, exact only in the
+//    extended type) lies within 2^-34 of its exact value while below 2^18 in
+//    size; trunc is refused as for y.
+struct FastLevels {
+    double S, I;
+    std::int32_t F;
+    explicit FastLevels(const Levels& k) : S(k.S), I(k.I), F(k.F) {}
+};
+
+// trunc(z) when no rounding of z to 53 bits rather than 64 can change it;
+// false when |z| >= limit or z lies within 2^-30 of an integer.
+inline bool truncFast(double z, double limit, std::int32_t& out)
+{
+    if (!(std::fabs(z) < limit)) return false;
+    const double whole = std::trunc(z), fraction = std::fabs(z - whole);
+    if (fraction < 0x1p-30 || fraction > 1.0 - 0x1p-30) return false;
+    out = static_cast<std::int32_t>(whole);
+    return true;
+}
+
+// levelOutput in doubles; false: refused.
+template <class T>
+inline bool levelOutputFast(double w, std::int32_t index, const FastLevels& k, typename T::Destination& out)
+{
+    std::int32_t o;
+    if constexpr (T::kScale == Scale::k8u) {
+        (void)w;
+        o = static_cast<std::int32_t>((static_cast<std::uint32_t>(index) * static_cast<std::uint32_t>(k.F)) >> 8);
+    } else if constexpr (T::kScale == Scale::k16) {
+        if (!truncFast(w + kNudge, 0x1p18, o)) return false;
+        if constexpr (sizeof(typename T::Destination) == 1) o >>= 8;
+    } else {
+        if (!truncFast(w * static_cast<double>(T::kTop) + kNudge, 0x1p18, o)) return false;
+    }
+    out = T::store(clampTo(o, T::kTop));
+    return true;
+}
+
+// One sample against the threshold T in doubles: a step up where r - T > 0.
+// `guard` is negative for a plain threshold (exact, never refused) and
+// 2^-50 |T| for a noise threshold.  False: refused, `out` unwritten.
+template <class T>
+inline bool ditherSampleFast(double v, double threshold, double guard, const FastLevels& k,
+                             typename T::Destination& out)
+{
+    std::int32_t q;
+    if (!truncFast(v * k.I + kNudge, 0x1p17, q)) return false;
+    const double base = static_cast<double>(q) * k.S, d = (v - base) - threshold;
+    if (std::fabs(d) <= guard) return false;
+    if (d > 0.0) return levelOutputFast<T>(base + k.S, q + 1, k, out);
+    return levelOutputFast<T>(base, q, k, out);
+}
+
+// The guard of a noise threshold T.
+inline double noiseGuard(double threshold)
+{
+    return 0x1p-50 * std::fabs(threshold);
 }
 
 // ---- layouts ------------------------------------------------------------------------------------------

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "reduce.h"
+#include "reducesimd.h"
 
 // The 4 x 4 threshold pattern of the ordered dither, row-major by image row
 // and column: k / 15 for k = 0 8 2 10 / 12 4 14 6 / 3 11 1 9 / 15 7 13 5.
@@ -46,12 +47,20 @@ void ownScale_32f16s(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep,
 // One pixel's threshold a column, from the call's scaled pattern (plain) or
 // from the pattern and the noise tables (noise); x and y count from the
 // region's first pixel.
+// `fast` gives the threshold in doubles with the guard ditherSampleFast takes.
 struct PlainThresholds {
+    static constexpr bool kRepeatsEvery4 = true;
     const float* pattern;  // 16 floats, scaled by S
     int y;
     long double at(int x) const { return pattern[(y & 3) * 4 + (x & 3)]; }
+    void fast(int x, double& threshold, double& guard) const
+    {
+        threshold = pattern[(y & 3) * 4 + (x & 3)];
+        guard = -1.0;
+    }
 };
 struct NoiseThresholds {
+    static constexpr bool kRepeatsEvery4 = false;
     NoiseTables noise;
     float S;
     int y;
@@ -60,12 +69,31 @@ struct NoiseThresholds {
         return (static_cast<long double>(bayer_thresh[(y & 3) * 4 + (x & 3)]) + noise.at(x, y)) *
                static_cast<long double>(S);
     }
+    void fast(int x, double& threshold, double& guard) const
+    {
+        threshold = (static_cast<double>(bayer_thresh[(y & 3) * 4 + (x & 3)]) + noise.at(x, y)) * static_cast<double>(S);
+        guard = noiseGuard(threshold);
+    }
 };
 
-// `channels` of every pixel, `pitch` samples a pixel apart.
+// `channels` of every pixel, `pitch` samples a pixel apart: the reference,
+// every sample in the extended type.
 template <class T, class Thresholds>
 void innerReduceBits_bayer(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
                            int channels, const Thresholds& thresholds, const Levels& k);
+
+// The same row in doubles, a refused sample in the extended type.
+template <class T, class Thresholds>
+void innerReduceBits_bayer_fast(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
+                                int channels, const Thresholds& thresholds, const Levels& k);
+
+// The same row, every sample of every pixel processed (C1, C3, C4), by a
+// vector kernel a run of pixels at a time: the thresholds and guards of a run
+// spread over its samples, then each refused vector of samples written again
+// in the extended type.
+template <class T, class Thresholds>
+void innerReduceBits_bayer_runs(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
+                                const Thresholds& thresholds, const Levels& k, DitherRun<T> kernel);
 
 // The 8-bit plain form, whose outcome depends only on the sample and its
 // pattern cell: the 16 x 256 outcomes worked out once a call by the

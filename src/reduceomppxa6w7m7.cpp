@@ -19,6 +19,16 @@ struct ScaledPattern {
     }
 };
 
+// A row by the vector kernel where every sample of a pixel is processed and
+// the processor has one, else by the scalar kernel in doubles.
+template <class T, class Thresholds>
+void ditherRow(const typename T::Source* src, typename T::Destination* dst, int width, int pitch, int channels,
+               const Thresholds& thresholds, const Levels& k, DitherRun<T> kernel)
+{
+    if (kernel != nullptr && channels == pitch) innerReduceBits_bayer_runs<T>(src, dst, width, pitch, thresholds, k, kernel);
+    else innerReduceBits_bayer_fast<T>(src, dst, width, pitch, channels, thresholds, k);
+}
+
 template <class T>
 void plainRows(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep, int width,
                int height, int L, int pitch, int channels)
@@ -34,10 +44,10 @@ void plainRows(const typename T::Source* pSrc, int srcStep, typename T::Destinat
                                            outcomes);
         });
     } else {
+        const DitherRun<T> kernel = chooseDitherRun<T>();
         shareRowsAlways(height, [&](int y) {
-            innerReduceBits_bayer<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y,
-                                     pDst + static_cast<std::ptrdiff_t>(dstStep) * y, width, pitch, channels,
-                                     PlainThresholds{pattern.at, y}, k);
+            ditherRow<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y, pDst + static_cast<std::ptrdiff_t>(dstStep) * y,
+                         width, pitch, channels, PlainThresholds{pattern.at, y}, k, kernel);
         });
     }
 }
@@ -50,11 +60,11 @@ KelResult noiseRows(const typename T::Source* pSrc, int srcStep, typename T::Des
 {
     const Levels k = levelsOf<T>(L);
     const float high = static_cast<float>(static_cast<long double>(noisePercent) / 100.0L);
+    const DitherRun<T> kernel = chooseDitherRun<T>();
     return withNoiseTables(-high, high, [&](const NoiseTables& noise) {
         shareRowsAlways(height, [&](int y) {
-            innerReduceBits_bayer<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y,
-                                     pDst + static_cast<std::ptrdiff_t>(dstStep) * y, width, pitch, channels,
-                                     NoiseThresholds{noise, k.S, y}, k);
+            ditherRow<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y, pDst + static_cast<std::ptrdiff_t>(dstStep) * y,
+                         width, pitch, channels, NoiseThresholds{noise, k.S, y}, k, kernel);
         });
     });
 }

@@ -39,27 +39,105 @@ void innerReduceBits_bayer(const typename T::Source* src, typename T::Destinatio
     }
 }
 
+template <class T, class Thresholds>
+void innerReduceBits_bayer_fast(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
+                                int channels, const Thresholds& thresholds, const Levels& k)
+{
+    const FastLevels fast(k);
+    for (int x = 0; x < width; ++x) {
+        double threshold, guard;
+        thresholds.fast(x, threshold, guard);
+        for (int c = 0; c < channels; ++c) {
+            const typename T::Source s = src[x * pitch + c];
+            if (!ditherSampleFast<T>(T::valueFast(s), threshold, guard, fast, dst[x * pitch + c]))
+                dst[x * pitch + c] = ditherSample<T>(s, thresholds.at(x), k);
+        }
+    }
+}
+
+template <class T, class Thresholds>
+void innerReduceBits_bayer_runs(const typename T::Source* src, typename T::Destination* dst, int width, int pitch,
+                                const Thresholds& thresholds, const Levels& k, DitherRun<T> kernel)
+{
+    constexpr int kRunPixels = 256, kRunSamples = 4 * kRunPixels + kMaxRunLanes;
+    const FastLevels fast(k);
+    double threshold[kRunSamples], guard[kRunSamples];
+    int refused[kRunSamples];
+    for (int x0 = 0; x0 < width; x0 += kRunPixels) {
+        const int pixels = width - x0 < kRunPixels ? width - x0 : kRunPixels, n = pixels * pitch;
+        // A plain pattern repeats every 4 pixels, so every run of a row has the
+        // first run's thresholds: spread once, but for the padding of the last.
+        const bool spread = !Thresholds::kRepeatsEvery4 || x0 == 0;
+        for (int p = 0; spread && p < pixels; ++p) {
+            thresholds.fast(x0 + p, threshold[p * pitch], guard[p * pitch]);
+            for (int c = 1; c < pitch; ++c) {
+                threshold[p * pitch + c] = threshold[p * pitch];
+                guard[p * pitch + c] = guard[p * pitch];
+            }
+        }
+        for (int i = n; i < n + kMaxRunLanes; ++i) {  // lanes past the run: never refused
+            threshold[i] = 0.5;
+            guard[i] = -1.0;
+        }
+        const typename T::Source* in = src + static_cast<std::ptrdiff_t>(x0) * pitch;
+        typename T::Destination* out = dst + static_cast<std::ptrdiff_t>(x0) * pitch;
+        const int count = kernel(in, out, n, threshold, guard, fast, refused);
+        for (int j = 0; j < count; ++j) {
+            const int end = refused[j] + kMaxRunLanes < n ? refused[j] + kMaxRunLanes : n;
+            for (int i = refused[j]; i < end; ++i) out[i] = ditherSample<T>(in[i], thresholds.at(x0 + i / pitch), k);
+        }
+    }
+}
+
 void outcomesOfBayer8u(const float pattern[16], const Levels& k, Outcomes8u& outcomes)
 {
-    for (int cell = 0; cell < 16; ++cell)
-        for (int s = 0; s < 256; ++s) outcomes.of[cell][s] = ditherSample<T8u>(static_cast<Kel8u>(s), pattern[cell], k);
+    const FastLevels fast(k);
+    for (int cell = 0; cell < 16; ++cell) {
+        for (int s = 0; s < 256; ++s) {
+            Kel8u& out = outcomes.of[cell][s];
+            if (!ditherSampleFast<T8u>(s, pattern[cell], -1.0, fast, out))
+                out = ditherSample<T8u>(static_cast<Kel8u>(s), pattern[cell], k);
+        }
+    }
 }
+
+namespace {
+
+// The table look-ups of a row, four pixels (one pattern row) a step.
+template <int Pitch, int Channels>
+void lookUpRow(const Kel8u* src, Kel8u* dst, int width, const Kel8u (*row)[256])
+{
+    int x = 0;
+    for (; x + 4 <= width; x += 4, src += 4 * Pitch, dst += 4 * Pitch) {
+        for (int p = 0; p < 4; ++p)
+            for (int c = 0; c < Channels; ++c) dst[p * Pitch + c] = row[p][src[p * Pitch + c]];
+    }
+    for (int p = 0; x < width; ++x, ++p)
+        for (int c = 0; c < Channels; ++c) dst[p * Pitch + c] = row[p][src[p * Pitch + c]];
+}
+
+} // namespace
 
 void innerReduceBits_bayer_8u_table(const Kel8u* src, Kel8u* dst, int width, int pitch, int channels, int y,
                                     const Outcomes8u& outcomes)
 {
     const Kel8u(*row)[256] = outcomes.of + 4 * (y & 3);
-    for (int x = 0; x < width; ++x) {
-        const Kel8u* cell = row[x & 3];
-        for (int c = 0; c < channels; ++c) dst[x * pitch + c] = cell[src[x * pitch + c]];
-    }
+    if (pitch == 1) lookUpRow<1, 1>(src, dst, width, row);
+    else if (pitch == 3) lookUpRow<3, 3>(src, dst, width, row);
+    else if (channels == 3) lookUpRow<4, 3>(src, dst, width, row);
+    else lookUpRow<4, 4>(src, dst, width, row);
 }
 
-#define KEL_REDUCE_BAYER_ROWS(T)                                                                                   \
-    template void innerReduceBits_bayer<T, PlainThresholds>(const T::Source*, T::Destination*, int, int, int,      \
-                                                            const PlainThresholds&, const Levels&);                \
-    template void innerReduceBits_bayer<T, NoiseThresholds>(const T::Source*, T::Destination*, int, int, int,      \
-                                                            const NoiseThresholds&, const Levels&);
+#define KEL_REDUCE_BAYER_ROWS_OF(T, Th)                                                                           \
+    template void innerReduceBits_bayer<T, Th>(const T::Source*, T::Destination*, int, int, int, const Th&,        \
+                                               const Levels&);                                                   \
+    template void innerReduceBits_bayer_fast<T, Th>(const T::Source*, T::Destination*, int, int, int, const Th&,   \
+                                                    const Levels&);                                              \
+    template void innerReduceBits_bayer_runs<T, Th>(const T::Source*, T::Destination*, int, int, const Th&,        \
+                                                    const Levels&, DitherRun<T>);
+#define KEL_REDUCE_BAYER_ROWS(T)                \
+    KEL_REDUCE_BAYER_ROWS_OF(T, PlainThresholds) \
+    KEL_REDUCE_BAYER_ROWS_OF(T, NoiseThresholds)
 KEL_REDUCE_BAYER_ROWS(T8u)
 KEL_REDUCE_BAYER_ROWS(T16u8u)
 KEL_REDUCE_BAYER_ROWS(T16s8u)

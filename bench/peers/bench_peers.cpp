@@ -1,6 +1,7 @@
 // Ours against the library a caller would otherwise pick, on the same job:
 // 1920 x 1080, one thread, random pixels.  Ours and the peer alternate in
-// rounds of about 40 ms of thread CPU time; a row prints the median speed of
+// rounds of about 40 ms of thread CPU time (wall time for the jobs that
+// compare thread counts); a row prints the median speed of
 // each and the median of the per-round ratios ours/peer (above 1: ours is
 // faster).  Built without a peer, it prints our speeds alone.
 #include <algorithm>
@@ -29,19 +30,21 @@ using namespace peers;
 constexpr int kRounds = 9;              // per side; the medians need 7 or more
 constexpr double kRoundSeconds = 0.04;  // thread CPU time of one round
 
-double threadSeconds()
+double seconds(clockid_t clock)
 {
     timespec t{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    clock_gettime(clock, &t);
     return static_cast<double>(t.tv_sec) + 1e-9 * static_cast<double>(t.tv_nsec);
 }
 
-// Seconds of thread CPU time per call, over `calls` calls.
-double timeCalls(const std::function<void()>& job, int calls)
+// Seconds per call over `calls` calls: thread CPU time, or wall time for a job
+// of more than one thread.
+double timeCalls(const std::function<void()>& job, int calls, bool wallClock)
 {
-    const double start = threadSeconds();
+    const clockid_t clock = wallClock ? CLOCK_MONOTONIC : CLOCK_THREAD_CPUTIME_ID;
+    const double start = seconds(clock);
     for (int i = 0; i < calls; ++i) job();
-    return (threadSeconds() - start) / calls;
+    return (seconds(clock) - start) / calls;
 }
 
 double median(std::vector<double> v)
@@ -55,17 +58,17 @@ void report(const Job& job)
 {
     const double pixels = static_cast<double>(kWidth) * kHeight;
     job.runOurs();
-    const int oursCalls = std::max(1, static_cast<int>(kRoundSeconds / timeCalls(job.runOurs, 3)));
+    const int oursCalls = std::max(1, static_cast<int>(kRoundSeconds / timeCalls(job.runOurs, 3, job.wallClock)));
     int peerCalls = 0;
     if (job.runPeer) {
         job.runPeer();
-        peerCalls = std::max(1, static_cast<int>(kRoundSeconds / timeCalls(job.runPeer, 3)));
+        peerCalls = std::max(1, static_cast<int>(kRoundSeconds / timeCalls(job.runPeer, 3, job.wallClock)));
     }
     std::vector<double> oursRate, peerRate, ratio;
     for (int round = 0; round < kRounds; ++round) {
-        oursRate.push_back(pixels * 1e-6 / timeCalls(job.runOurs, oursCalls));
+        oursRate.push_back(pixels * 1e-6 / timeCalls(job.runOurs, oursCalls, job.wallClock));
         if (!job.runPeer) continue;
-        peerRate.push_back(pixels * 1e-6 / timeCalls(job.runPeer, peerCalls));
+        peerRate.push_back(pixels * 1e-6 / timeCalls(job.runPeer, peerCalls, job.wallClock));
         ratio.push_back(oursRate.back() / peerRate.back());
     }
     if (job.runPeer) {

@@ -16,6 +16,7 @@ inline constexpr int kWidth = 1920, kHeight = 1080;
 struct Job {
     std::string ours, peer;
     std::function<void()> runOurs, runPeer;  // runPeer empty: no peer in this build
+    bool wallClock = false;  // timed by the wall clock: a job of more than one thread
 };
 
 // Every family file adds its jobs through one of these at load time:

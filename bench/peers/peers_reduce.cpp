@@ -1,0 +1,79 @@
+// Bit-depth reduction with the ordered dither.  No peer does this job, so the
+// rows compare it with the memcpy of the same bytes (what it reads plus what it
+// writes, halved), and its two-thread run with its one-thread run (wall
+// time).  The other forms give their speed alone.
+#include <cstring>
+
+#include "kelcore.h"
+#include "peers.h"
+
+namespace {
+
+using namespace peers;
+
+constexpr int kPixels = kWidth * kHeight;
+constexpr int kLevels = 16;
+
+// Runs `call` with threads_omp_of_n_kel set to `threads`.
+template <typename Call>
+std::function<void()> onThreads(int threads, Call call)
+{
+    return [threads, call] {
+        const int saved = threads_omp_of_n_kel;
+        threads_omp_of_n_kel = threads;
+        call();
+        threads_omp_of_n_kel = saved;
+    };
+}
+
+template <typename T>
+std::vector<T> unitFloats(std::size_t n)
+{
+    const std::vector<Kel8u> bytes = randomBytes(n, 12);
+    std::vector<T> out(n);
+    for (std::size_t i = 0; i < n; ++i) out[i] = static_cast<T>(bytes[i]) / 255.0f;
+    return out;
+}
+
+void addReduceJobs(std::vector<Job>& jobs)
+{
+    static const std::vector<Kel8u> src8 = randomBytes(3 * kPixels, 21);
+    static std::vector<Kel8u> dst8(3 * kPixels);
+    static const std::vector<Kel8u> words = randomBytes(6 * kPixels, 22);
+    static std::vector<Kel16u> dst16(3 * kPixels);
+    static const std::vector<Kel32f> floats = unitFloats<Kel32f>(3 * kPixels);
+    static std::vector<Kel8u> from = randomBytes(3 * kPixels, 23), to(3 * kPixels);
+    static const KelImageSize size{kWidth, kHeight};
+
+    const auto ordered8u = [](int noise) {
+        return [noise] {
+            keliReduceBits_8u_C3R(src8.data(), 3 * kWidth, dst8.data(), 3 * kWidth, size, noise, kelDitherOrdered, kLevels);
+        };
+    };
+    const auto copy = [] { std::memcpy(to.data(), from.data(), 3 * static_cast<std::size_t>(kPixels)); };
+    const auto ordered16u = [] {
+        keliReduceBits_16u_C3R(reinterpret_cast<const Kel16u*>(words.data()), 6 * kWidth, dst16.data(), 6 * kWidth,
+                               size, 0, kelDitherOrdered, 1024);
+    };
+    const auto ordered32f8u = [] {
+        keliReduceBits_32f8u_C3R(floats.data(), 12 * kWidth, dst8.data(), 3 * kWidth, size, 0, kelDitherOrdered,
+                                 kLevels);
+    };
+    const auto noise16u = [] {
+        keliReduceBits_16u_C3R(reinterpret_cast<const Kel16u*>(words.data()), 6 * kWidth, dst16.data(), 6 * kWidth,
+                               size, 20, kelDitherOrdered, 1024);
+    };
+    jobs.push_back({"keliReduceBits_8u_C3R ordered", "memcpy 6.22 MB", onThreads(1, ordered8u(0)), copy});
+    Job threads{"keliReduceBits_8u_C3R ord, 2 thr", "the same, 1 thread", onThreads(2, ordered8u(0)),
+                onThreads(1, ordered8u(0))};
+    threads.wallClock = true;
+    jobs.push_back(threads);
+    jobs.push_back({"keliReduceBits_8u_C3R ord noise", "memcpy 6.22 MB", onThreads(1, ordered8u(20)), copy});
+    jobs.push_back({"keliReduceBits_16u_C3R ordered", "", onThreads(1, ordered16u), {}});
+    jobs.push_back({"keliReduceBits_16u_C3R ord noise", "", onThreads(1, noise16u), {}});
+    jobs.push_back({"keliReduceBits_32f8u_C3R ordered", "", onThreads(1, ordered32f8u), {}});
+}
+
+const AddJobs kAdded(addReduceJobs);
+
+} // namespace
