@@ -522,17 +522,23 @@ KEL_API KelResult keliYCbCr411ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], c
 
 /* ---- bit-depth reduction ------------------------------------------------- */
 /* Requantises to `levels` evenly spaced levels (2..256; 2..65536 for 16u and
-   16s), with no dither or an ordered 4 x 4 dither anchored at the region's
-   first pixel, plain (noisePercent 0) or with a deterministic noise of
+   16s), with no dither, an ordered 4 x 4 dither anchored at the region's
+   first pixel, or error diffusion (Floyd-Steinberg, Jarvis-Judice-Ninke,
+   Stucki), plain (noisePercent 0) or with a deterministic noise of
    noisePercent (0..100).  Tests: pointers, size, noise, levels; a ditherKind
    outside 0..4 returns kelOk and writes nothing.  16s samples are taken as
    the sample + 32768.  AC4 leaves the fourth sample alone; C4 treats it as a
    colour.  Float sources are meant to lie in 0..1: outside it the result is
-   saturated to the destination's range (above 1 the top, NaN 0, below 0 the
-   bottom, but for the noise form, whose threshold may lift a value up to one
-   level width below 0 by a level).  The noise forms return kelErrNoMemory, with nothing written, when
-   an allocation fails.  The error-diffusion kinds (1, 2, 3) write nothing in
-   this version. */
+   saturated to the destination's range (above 1 the top, below 0 the bottom,
+   NaN the bottom; but for the ordered noise form, whose threshold may lift a
+   value up to one level width below 0 by a level).  Error diffusion spreads
+   no error from a NaN sample.  Error diffusion processes the channels in
+   sections of their own when threads_omp_of_n_kel allows: one channel runs
+   on the calling thread; with three or four channels the output of the later
+   channels depends on the number of threads, as each section carries its
+   error from one of its channels to the next.  The noise and error-diffusion
+   forms return kelErrNoMemory, with nothing written, when an allocation
+   fails. */
 KEL_API KelResult keliReduceBits_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
