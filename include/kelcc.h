@@ -572,6 +572,24 @@ KEL_API KelResult keliReduceBits_32f16s_C3R(const Kel32f* pSrc, int srcStep, Kel
 KEL_API KelResult keliReduceBits_32f16s_AC4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_32f16s_C4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 
+/* ---- Bayer demosaic ------------------------------------------------------ */
+/* One sample a pixel behind a 2 x 2 colour filter tile anchored at the
+   frame's pixel (0,0) (`grid` names the tile) to R, G, B pixels.  pSrc is the
+   frame's pixel (0,0), srcSize the whole frame, srcRoi the rectangle of it to
+   convert; the destination's first pixel is frame position (srcRoi.x,
+   srcRoi.y).  Bilinear with reflection in the two outermost rows and columns
+   of the frame; inside them green at red and blue sites follows the smaller
+   of the vertical and horizontal changes.  Tests: pointers, frame size (at
+   least 2 x 2), grid.  The region is cut to the frame: only destination
+   pixels whose frame position lies inside the frame are written, so a region
+   reaching past any side of it (negative coordinates included) writes its
+   part inside the frame, at the same places in the destination, and a
+   region with no pixel inside the frame (or a width or height below 1)
+   writes nothing; all return kelOk.  Nothing is read outside the frame.
+   Strides in bytes (16u: rounded down to whole samples). */
+KEL_API KelResult keliCFAToRGB_8u_C1C3R(const Kel8u* pSrc, KelImageRect srcRoi, KelImageSize srcSize, int srcStep, Kel8u* pDst, int dstStep, KelBayerGrid grid);
+KEL_API KelResult keliCFAToRGB_16u_C1C3R(const Kel16u* pSrc, KelImageRect srcRoi, KelImageSize srcSize, int srcStep, Kel16u* pDst, int dstStep, KelBayerGrid grid);
+
 #ifdef __cplusplus
 }
 #endif
