@@ -21,6 +21,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -436,6 +437,9 @@ TEST_P(CfaToRgb, NullPointerThenFrameSizeThenGrid)
 
 // ---- whole frames -------------------------------------------------------------------------------
 
+// Sources fenced after the last row, or before the first for the frames of
+// four levels.
+
 TEST_P(CfaToRgb, WholeFramesOfEverySizeAndGridMatchTheModel)
 {
     const Member& m = GetParam();
@@ -447,7 +451,8 @@ TEST_P(CfaToRgb, WholeFramesOfEverySizeAndGridMatchTheModel)
             for (KelBayerGrid grid : kGrids) {
                 const Frame f = filledFrame(w, h, m.top, std::uint32_t(w * 131 + h * 7 + grid), fill);
                 SCOPED_TRACE(::testing::Message() << "fill " << int(fill));
-                if (!expectWholeFrame(m, f, grid) && ++failures >= 8) return;
+                const Fence fence = fill == Fill::Levels ? Fence::Front : Fence::End;
+                if (!expectWholeFrame(m, f, grid, fence) && ++failures >= 8) return;
             }
 }
 
@@ -651,6 +656,31 @@ TEST_P(CfaToRgb, RegionsAtEveryParityGiveTheWholeFramesPixels)
                 for (int rw : lengths(w - x0))
                     for (int y0 : starts(h))
                         for (int rh : lengths(h - y0)) {
+                            dst.refill();
+                            if (!expectRegion(m, f, src, dst, grid, {x0, y0, rw, rh}, whole.want()) && ++failures >= 8)
+                                return;
+                        }
+        }
+}
+
+// Wide regions run the interior in vectors: from every parity of the first
+// pixel, ending at the frame's edge or short of it by one to three columns
+// (tails of every length), in frames fenced at either end.
+TEST_P(CfaToRgb, WideRegionsAtEveryParityGiveTheWholeFramesPixels)
+{
+    const Member& m = GetParam();
+    int failures = 0;
+    for (auto [w, h, fence] : {std::tuple{150, 10, Fence::End}, {133, 9, Fence::Front}})
+        for (KelBayerGrid grid : kGrids) {
+            const Frame f = filledFrame(w, h, m.top, std::uint32_t(w * 5 + h + grid), Fill::Levels);
+            const Source src(f, m.bytes, fence);
+            const Pixels whole = wholeFrameCall(m, f, src, grid);
+            ASSERT_TRUE(expectRegion(m, f, src, grid, {0, 0, w, h}, modelOf(f, grid)));
+            Destination dst(w, h, m.bytes);
+            for (int x0 = 0; x0 <= 5; ++x0)
+                for (int y0 = 0; y0 <= 3; ++y0)
+                    for (int rw : {w - x0, w - x0 - 1, w - x0 - 2, w - x0 - 3, w - x0 - 4, 97, 64, 33})
+                        for (int rh : {h - y0, h - y0 - 2, 1}) {
                             dst.refill();
                             if (!expectRegion(m, f, src, dst, grid, {x0, y0, rw, rh}, whole.want()) && ++failures >= 8)
                                 return;
