@@ -439,7 +439,6 @@ TEST_P(CfaToRgb, NullPointerThenFrameSizeThenGrid)
 
 // Sources fenced after the last row, or before the first for the frames of
 // four levels.
-
 TEST_P(CfaToRgb, WholeFramesOfEverySizeAndGridMatchTheModel)
 {
     const Member& m = GetParam();
