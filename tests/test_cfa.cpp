@@ -752,6 +752,7 @@ TEST_P(CfaToRgb, RegionsWithNoPixelInTheFrameWriteNothing)
                 {-3, 0, 3, 3}, {0, -2, 2, 2}, {-w - 1, 0, w, 2}, {INT_MIN, 0, 5, 5}, {0, INT_MIN, 3, 3},  // ending before it
                 {1, 1, 0, 3}, {1, 1, 3, 0}, {1, 1, -1, 3}, {1, 1, 3, -2}, {0, 0, 0, 0}, {0, 0, INT_MIN, INT_MIN},  // empty
                 {-1, -1, 0, 0},
+                {INT_MAX - 1, 0, 10, 3}, {0, INT_MAX, 3, INT_MAX},  // x + width, y + height past INT_MAX
             };
             for (const KelImageRect& roi : regions) {
                 Destination dst(std::clamp(roi.width, 1, 8), std::clamp(roi.height, 1, 8), m.bytes);
@@ -769,7 +770,8 @@ TEST_P(CfaToRgb, HugeRegionsWriteOnlyTheFramesPart)
         const Frame f = filledFrame(9, 7, m.top, 90u + grid);
         const Source src(f, m.bytes);
         for (const KelImageRect& roi : {KelImageRect{0, 0, INT_MAX, INT_MAX}, {1, 2, INT_MAX - 1, INT_MAX - 2},
-                                         {-5, -4, INT_MAX, INT_MAX}, {3, 3, INT_MAX / 2, 2}}) {
+                                         {-5, -4, INT_MAX, INT_MAX}, {3, 3, INT_MAX / 2, 2},
+                                         {2, 1, INT_MAX, INT_MAX}}) {  // the far corner past INT_MAX
             // destination columns up to the frame's last one, rows likewise
             const int dw = std::min<long long>(f.width - 1LL - roi.x + 1, roi.width);
             const int dh = std::min<long long>(f.height - 1LL - roi.y + 1, roi.height);
