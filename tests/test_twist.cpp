@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <ostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -62,6 +63,9 @@ const Member kMembers[] = {
     TWIST(keliColorTwist_32f, Kel32f, Type::F32),
     {"keliColorTwist_32f_C4R", Type::F32, Walk::C4, false, outOfPlace<const Kel32f*, Kel32f*, keliColorTwist_32f_C4R>},
 };
+
+// gtest names a failing member by its name.
+void PrintTo(const Member& m, std::ostream* os) { *os << m.name; }
 
 int sampleBytes(Type t) { return t == Type::U8 || t == Type::S8 ? 1 : t == Type::F32 ? 4 : 2; }
 int pitch(Walk w) { return w == Walk::C3 ? 3 : w == Walk::P3 ? 1 : 4; }
