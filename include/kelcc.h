@@ -522,17 +522,23 @@ KEL_API KelResult keliYCbCr411ToBGR555_8u16u_P3C3R(const Kel8u* const pSrc[3], c
 
 /* ---- bit-depth reduction ------------------------------------------------- */
 /* Requantises to `levels` evenly spaced levels (2..256; 2..65536 for 16u and
-   16s), with no dither or an ordered 4 x 4 dither anchored at the region's
-   first pixel, plain (noisePercent 0) or with a deterministic noise of
+   16s), with no dither, an ordered 4 x 4 dither anchored at the region's
+   first pixel, or error diffusion (Floyd-Steinberg, Jarvis-Judice-Ninke,
+   Stucki), plain (noisePercent 0) or with a deterministic noise of
    noisePercent (0..100).  Tests: pointers, size, noise, levels; a ditherKind
    outside 0..4 returns kelOk and writes nothing.  16s samples are taken as
    the sample + 32768.  AC4 leaves the fourth sample alone; C4 treats it as a
    colour.  Float sources are meant to lie in 0..1: outside it the result is
-   saturated to the destination's range (above 1 the top, NaN 0, below 0 the
-   bottom, but for the noise form, whose threshold may lift a value up to one
-   level width below 0 by a level).  The noise forms return kelErrNoMemory, with nothing written, when
-   an allocation fails.  The error-diffusion kinds (1, 2, 3) write nothing in
-   this version. */
+   saturated to the destination's range (above 1 the top, below 0 the bottom,
+   NaN the bottom; but for the ordered noise form, whose threshold may lift a
+   value up to one level width below 0 by a level).  Error diffusion spreads
+   no error from a NaN sample.  Error diffusion processes the channels in
+   sections of their own when threads_omp_of_n_kel allows: one channel runs
+   on the calling thread; with three or four channels the output of the later
+   channels depends on the number of threads, as each section carries its
+   error from one of its channels to the next.  The noise and error-diffusion
+   forms return kelErrNoMemory, with nothing written, when an allocation
+   fails. */
 KEL_API KelResult keliReduceBits_8u_C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
@@ -565,6 +571,24 @@ KEL_API KelResult keliReduceBits_32f16s_C1R(const Kel32f* pSrc, int srcStep, Kel
 KEL_API KelResult keliReduceBits_32f16s_C3R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_32f16s_AC4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
 KEL_API KelResult keliReduceBits_32f16s_C4R(const Kel32f* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, int noisePercent, KelDitherKind ditherKind, int levels);
+
+/* ---- Bayer demosaic ------------------------------------------------------ */
+/* One sample a pixel behind a 2 x 2 colour filter tile anchored at the
+   frame's pixel (0,0) (`grid` names the tile) to R, G, B pixels.  pSrc is the
+   frame's pixel (0,0), srcSize the whole frame, srcRoi the rectangle of it to
+   convert; the destination's first pixel is frame position (srcRoi.x,
+   srcRoi.y).  Bilinear with reflection in the two outermost rows and columns
+   of the frame; inside them green at red and blue sites follows the smaller
+   of the vertical and horizontal changes.  Tests: pointers, frame size (at
+   least 2 x 2), grid.  The region is cut to the frame: only destination
+   pixels whose frame position lies inside the frame are written, so a region
+   reaching past any side of it (negative coordinates included) writes its
+   part inside the frame, at the same places in the destination, and a
+   region with no pixel inside the frame (or a width or height below 1)
+   writes nothing; all return kelOk.  Nothing is read outside the frame.
+   Strides in bytes (16u: rounded down to whole samples). */
+KEL_API KelResult keliCFAToRGB_8u_C1C3R(const Kel8u* pSrc, KelImageRect srcRoi, KelImageSize srcSize, int srcStep, Kel8u* pDst, int dstStep, KelBayerGrid grid);
+KEL_API KelResult keliCFAToRGB_16u_C1C3R(const Kel16u* pSrc, KelImageRect srcRoi, KelImageSize srcSize, int srcStep, Kel16u* pDst, int dstStep, KelBayerGrid grid);
 
 #ifdef __cplusplus
 }

@@ -39,11 +39,15 @@ KelResult reduceBits(const typename T::Source* pSrc, int srcStep, typename T::De
                    ? ownReduceBits_bayer_noise<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L, noisePercent, Code)
                    : ownReduceBits_bayer<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L, Code);
     case kelDitherFloydSteinberg:
+        return noisePercent != 0
+                   ? ownReduceBits_fs_noise<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L, noisePercent, Code)
+                   : ownReduceBits_fs<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L, Code);
     case kelDitherJarvisJudiceNinke:
     case kelDitherStucki:
-        // The error-diffusion engines are not built yet: these kinds write
-        // nothing, as an unknown kind does.
-        return kelOk;
+        return noisePercent != 0 ? ownReduceBits_st_jj_noise<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L,
+                                                                noisePercent, Code, ditherKind)
+                                 : ownReduceBits_st_jj<T>(pSrc, srcSamples, pDst, dstSamples, width, height, L, Code,
+                                                          ditherKind);
     default:
         return kelOk;
     }

@@ -250,9 +250,10 @@ struct NoiseTables {
 
 // Allocates the value table, then the index table; fills the index table
 // from a generator over 0..1024 and the value table from one over low..high,
-// both with seed 0; runs body(tables); frees the tables, then the generators.
-// A failed allocation, the generators' own included, gives kelErrNoMemory
-// before body runs, with everything taken before it given back.
+// both with seed 0; runs body(tables), whose status is the call's; frees the
+// tables, then the generators.  A failed allocation, the generators' own
+// included, gives kelErrNoMemory before body runs, with everything taken
+// before it given back.
 template <typename Body>
 KelResult withNoiseTables(float low, float high, const Body& body)
 {
@@ -266,8 +267,7 @@ KelResult withNoiseTables(float low, float high, const Body& body)
         kelsRandUniform_16s(index, kNoiseEntries, indexState);
         if (kelsRandUniformInitAlloc_32f(&valueState, low, high, 0) == kelOk) {
             kelsRandUniform_32f(value, kNoiseEntries, valueState);
-            body(NoiseTables{index, value});
-            status = kelOk;
+            status = body(NoiseTables{index, value});
         }
     }
     kelsFree(value);

@@ -36,6 +36,24 @@ template <class T>
 KelResult ownReduceBits_bayer_noise_c4(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst,
                                        int dstStep, int width, int height, int L, int noisePercent);
 
+// Error diffusion, plain (noisePercent 0) and noise forms, every layout:
+// strides in samples.  Channels go to sections by the number of threads a
+// probe finds, each section with error rows of its own from one allocation;
+// kelErrNoMemory when it or the noise tables can't be made, before any pixel.
+// kind: 2 Jarvis-Judice-Ninke, 3 Stucki (any other value: the former).
+template <class T>
+KelResult ownReduceBits_fs(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep,
+                           int width, int height, int L, int code);
+template <class T>
+KelResult ownReduceBits_fs_noise(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst,
+                                 int dstStep, int width, int height, int L, int noisePercent, int code);
+template <class T>
+KelResult ownReduceBits_st_jj(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst, int dstStep,
+                              int width, int height, int L, int code, int kind);
+template <class T>
+KelResult ownReduceBits_st_jj_noise(const typename T::Source* pSrc, int srcStep, typename T::Destination* pDst,
+                                    int dstStep, int width, int height, int L, int noisePercent, int code, int kind);
+
 // Float images to 16 bits with no quantising: trunc(x * 65535 + 9e-6), less
 // 32768 for the signed form, no clamp (the low 16 bits are kept); strides in
 // samples; rows shared among the threads.
@@ -107,5 +125,32 @@ void innerReduceBits_bayer_8u_table(const Kel8u* src, Kel8u* dst, int width, int
 
 // The scaling row kernel: `channels` of every pixel, `pitch` samples apart.
 void innerScale_32f16(const Kel32f* src, std::uint16_t* dst, int width, int pitch, int channels, std::uint32_t offset);
+
+// ---- row kernels of error diffusion (reducepxc4.cpp) -----------------------------------------------------
+
+// The rounding midpoint of a sample: 0.5 S rounded to a float (plain), or the
+// noise table's sample of the pixel (noise).
+struct PlainMidpoint {
+    float half;
+    long double at(int) const { return half; }
+};
+struct NoiseMidpoint {
+    NoiseTables noise;
+    int y;
+    long double at(int x) const { return noise.at(x, y); }
+};
+
+// Floyd-Steinberg: one channel of a row, `pitch` samples a pixel; `above` and
+// `current` address column 0 of error rows with one guard float each side.
+template <class T, class Midpoint>
+void innerReduceBits_fs(const typename T::Source* src, typename T::Destination* dst, const float* above,
+                        float* current, int width, int pitch, const Midpoint& midpoint, const Levels& k);
+
+// Jarvis-Judice-Ninke and Stucki: the same with the rows two above and one
+// above, each with two guard floats each side.
+template <class T, class Midpoint>
+void innerReduceBits_st_jj(const typename T::Source* src, typename T::Destination* dst, const float* twoAbove,
+                           const float* above, float* current, int width, int pitch, const Midpoint& midpoint,
+                           const Levels& k, int kind);
 
 } // namespace kel::reduce

@@ -66,6 +66,7 @@ KelResult noiseRows(const typename T::Source* pSrc, int srcStep, typename T::Des
             ditherRow<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y, pDst + static_cast<std::ptrdiff_t>(dstStep) * y,
                          width, pitch, channels, NoiseThresholds{noise, k.S, y}, k, kernel);
         });
+        return kelOk;
     });
 }
 
