@@ -14,6 +14,7 @@
 #include <iterator>
 #include <limits>
 #include <map>
+#include <ostream>
 #include <random>
 #include <sstream>
 #include <string>
@@ -97,6 +98,8 @@ const Member kMembers[] = {
     MEMBER(keliReduceBits_32f16s_AC4R, Kel32f, Kel16s, F16S, 4, 3, 256),
     MEMBER(keliReduceBits_32f16s_C4R, Kel32f, Kel16s, F16S, 4, 4, 256),
 };
+
+void PrintTo(const Member& m, std::ostream* os) { *os << m.name; }
 
 bool floatSource(Tag t) { return t == Tag::F8U || t == Tag::F16U || t == Tag::F16S; }
 bool signedSource(Tag t) { return t == Tag::S16U8 || t == Tag::S16; }
@@ -721,8 +724,8 @@ TEST_P(ErrorDiffusionAlpha, FourthSampleIsNeitherReadNorWritten)
                     const auto after = dst.rows();
                     for (int y = 0; y < size.height; ++y)
                         for (int x = 0; x < size.width; ++x) {
-                            const std::size_t at = std::size_t(dst.row(0, y) - dst.row(0, 0)) +
-                                                   std::size_t((x * 4 + 3) * m.dstBytes);
+                            // rows() holds the rows without their padding
+                            const std::size_t at = std::size_t(((y * size.width + x) * 4 + 3) * m.dstBytes);
                             ASSERT_EQ(0, std::memcmp(&before[at], &after[at], std::size_t(m.dstBytes)))
                                 << describe(m, size, {kind, noise, 6}, threads) << " pixel " << x << "," << y;
                         }
