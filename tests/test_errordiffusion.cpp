@@ -998,6 +998,34 @@ TEST(ErrorDiffusionExamples, RoundedWeightsOfTheTwelveTermKernels)
     }
 }
 
+// The twelve-term kernels scale their sum by d as a float, a little above
+// 1/48 and 1/42. Two float samples s0 < 0.5, s1 at two levels: s0 prints 0
+// and leaves s0, and s1 + c * s0 * d lands within that rounding above 0.5,
+// where c * s0 / 48 (or / 42) would fall on or below it.
+TEST(ErrorDiffusionExamples, TwelveTermSumIsScaledByTheFloatWeight)
+{
+    for (int kind : {kelDitherJarvisJudiceNinke, kelDitherStucki}) {
+        const bool stucki = kind == kelDitherStucki;
+        const Ld c = stucki ? 8 : 7, exact = stucki ? 1.0L / 42 : 1.0L / 48, d = float(exact);
+        std::mt19937 gen{unsigned(kind)};
+        float s0 = 0, s1 = 0;
+        for (int tries = 0; tries < 100000; ++tries) {
+            s0 = float(0.25L + (gen() >> 8) * 0x1p-26L);  // 0.25 .. 0.5
+            const Ld target = 0.5L - c * s0 * exact;
+            s1 = float(target);
+            if (s1 > target) s1 = std::nextafter(s1, 0.0f);
+            if (c * s0 * d + s1 > 0.5L) break;
+        }
+        ASSERT_LE(c * s0 * exact + s1, 0.5L) << kind;
+        ASSERT_GT(c * s0 * d + s1, 0.5L) << kind;
+        const float in[2] = {s0, s1};
+        Kel16u out[2] = {7, 7};
+        ASSERT_EQ(kelOk, keliReduceBits_32f16u_C1R(in, sizeof in, out, sizeof out, {2, 1}, 0, kind, 2));
+        EXPECT_EQ(0, out[0]) << kind << " " << s0;
+        EXPECT_EQ(65535, out[1]) << kind << " " << s0 << ", " << s1;
+    }
+}
+
 TEST(ErrorDiffusionExamples, BlackAndWhiteComeBackAtEveryLevelCount)
 {
     for (int value : {0, 255})
