@@ -194,6 +194,50 @@ KEL_API KelResult keliGammaInv_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelIma
 KEL_API KelResult keliGammaInv_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
 KEL_API KelResult keliGammaInv_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, Kel32f rangeLow, Kel32f rangeHigh);
 
+/* ---- colour twist -------------------------------------------------------- */
+/* Each pixel's three channels times a 3 x 4 float matrix (`twist`, 12 floats
+   row-major, row i the weights of channels 0, 1, 2 and a constant for output
+   channel i), summed
+   in the 80-bit type; integer destinations saturate at their limits and
+   round half to even between them (a NaN sum, from a matrix holding NaN or
+   infinities of opposite signs, gives 0), 32f destinations take the sum as
+   it is, with no clamp.  8s and 16s samples enter with their sign.  AC4
+   leaves the fourth element as it was; in-place forms give the bytes of the
+   out-of-place ones.  keliColorTwist_32f_C4R applies a 4 x 4 matrix (16
+   floats) with no constant to all four channels.  Tests: pointers (twist and each plane
+   included), size, steps (below 1: kelErrStep); steps in bytes. */
+KEL_API KelResult keliColorTwist32f_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8u_C3IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8u_AC4IR(Kel8u* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8u_P3R(const Kel8u* const pSrc[3], int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8u_IP3R(Kel8u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_C3R(const Kel8s* pSrc, int srcStep, Kel8s* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_C3IR(Kel8s* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_AC4R(const Kel8s* pSrc, int srcStep, Kel8s* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_AC4IR(Kel8s* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_P3R(const Kel8s* const pSrc[3], int srcStep, Kel8s* const pDst[3], int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_8s_IP3R(Kel8s* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_C3IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_AC4IR(Kel16u* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_P3R(const Kel16u* const pSrc[3], int srcStep, Kel16u* const pDst[3], int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16u_IP3R(Kel16u* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_C3IR(Kel16s* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_AC4IR(Kel16s* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_P3R(const Kel16s* const pSrc[3], int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist32f_16s_IP3R(Kel16s* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_C3IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_AC4IR(Kel32f* pSrcDst, int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_P3R(const Kel32f* const pSrc[3], int srcStep, Kel32f* const pDst[3], int dstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
+KEL_API KelResult keliColorTwist_32f_C4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
+
 /* ---- HSV and HLS -------------------------------------------------------- */
 /* Pixel-order RGB <-> HSV (8u, 16u) and RGB <-> HLS (8u, 16u, 16s, 32f).  Coded
    hue covers one turn over the type's range; 16s is the 16u coding moved by

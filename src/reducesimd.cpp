@@ -121,38 +121,22 @@ int ditherRun(const typename T::Source* src, typename T::Destination* dst, int n
     return count;
 }
 
-int ditherRun8u(const Kel8u* s, Kel8u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T8u>(s, d, n, t, g, k, r);
-}
-int ditherRun16u8u(const Kel16u* s, Kel8u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T16u8u>(s, d, n, t, g, k, r);
-}
-int ditherRun16s8u(const Kel16s* s, Kel8u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T16s8u>(s, d, n, t, g, k, r);
-}
-int ditherRun16u(const Kel16u* s, Kel16u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T16u>(s, d, n, t, g, k, r);
-}
-int ditherRun16s(const Kel16s* s, Kel16s* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T16s>(s, d, n, t, g, k, r);
-}
-int ditherRun32f8u(const Kel32f* s, Kel8u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T32f8u>(s, d, n, t, g, k, r);
-}
-int ditherRun32f16u(const Kel32f* s, Kel16u* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T32f16u>(s, d, n, t, g, k, r);
-}
-int ditherRun32f16s(const Kel32f* s, Kel16s* d, int n, const double* t, const double* g, const FastLevels& k, int* r)
-{
-    return ditherRun<T32f16s>(s, d, n, t, g, k, r);
-}
+// One exported kernel a pair of sample types.
+#define KEL_DITHER_RUN(NAME, T)                                                                                   \
+    int NAME(const T::Source* src, T::Destination* dst, int n, const double* thresholds, const double* guards,  \
+             const FastLevels& k, int* refused)                                                                  \
+    {                                                                                                            \
+        return ditherRun<T>(src, dst, n, thresholds, guards, k, refused);                                       \
+    }
+KEL_DITHER_RUN(ditherRun8u, T8u)
+KEL_DITHER_RUN(ditherRun16u8u, T16u8u)
+KEL_DITHER_RUN(ditherRun16s8u, T16s8u)
+KEL_DITHER_RUN(ditherRun16u, T16u)
+KEL_DITHER_RUN(ditherRun16s, T16s)
+KEL_DITHER_RUN(ditherRun32f8u, T32f8u)
+KEL_DITHER_RUN(ditherRun32f16u, T32f16u)
+KEL_DITHER_RUN(ditherRun32f16s, T32f16s)
+#undef KEL_DITHER_RUN
 
 } // namespace HWY_NAMESPACE
 } // namespace kel::reduce
