@@ -599,6 +599,35 @@ TEST_P(ErrorDiffusionFloat, AnyFloatFollowsTheClamp)
             }
 }
 
+// The engines take their strides in whole samples: a byte stride that is not
+// one is cut down to the sample below, for the source and the destination.
+TEST_P(ErrorDiffusion, ByteStridesAreCutToWholeSamples)
+{
+    const Member& m = GetParam();
+    const KelImageSize size{5, 4};
+    const int srcRow = size.width * m.pitch * m.srcBytes, dstRow = size.width * m.pitch * m.dstBytes;
+    std::uint32_t seed = 6000;
+    for (int extra : {1, 2, 3, 5})
+        for (int kind : kKinds)
+            for (int noise : {0, 30}) {
+                const int srcStep = srcRow + extra, dstStep = dstRow + extra + 1;
+                const long srcWhole = srcStep / m.srcBytes * m.srcBytes, dstWhole = dstStep / m.dstBytes * m.dstBytes;
+                std::vector<std::uint8_t> src(std::size_t(srcStep) * size.height + 16, 0);
+                std::vector<std::uint8_t> dst(std::size_t(dstStep) * size.height + 16, 0xC3), expected(dst);
+                std::mt19937 gen(seed++);
+                for (int y = 0; y < size.height; ++y)
+                    for (int i = 0; i < size.width * m.pitch; ++i)
+                        putSource(m.tag, src.data() + 8 + y * srcWhole + i * m.srcBytes, pickValue(m.tag, 5, gen));
+                {
+                    ThreadCount team(2);
+                    ASSERT_EQ(kelOk, m.call(src.data() + 8, srcStep, dst.data() + 8, dstStep, size, noise, kind, 5));
+                }
+                model(m, src.data() + 8, srcWhole, expected.data() + 8, dstWhole, size, {kind, noise, 5}, 2);
+                EXPECT_EQ(-1, firstDifference(expected, dst))
+                    << describe(m, size, {kind, noise, 5}, 2) << " strides " << srcStep << ", " << dstStep;
+            }
+}
+
 // ---- clamp and extremes --------------------------------------------------------------------------
 
 // Black leaves a remainder of 0, which no midpoint of at least 0 lifts (noise
