@@ -21,7 +21,14 @@ void innerBayerRow(const Sample* c, int step, Sample* dst, int width);
 
 // The fastest kernel this processor runs for the row kind, the same samples
 // as the scalar kernel; the scalar kernel itself in a build without SIMD.
+RowKernel<Kel8u> chooseInteriorRow8u(bool firstGreen, bool rowIsRed);
+RowKernel<Kel16u> chooseInteriorRow16u(bool firstGreen, bool rowIsRed);
+
 template <typename Sample>
-RowKernel<Sample> chooseInteriorRow(bool firstGreen, bool rowIsRed);
+inline RowKernel<Sample> chooseInteriorRow(bool firstGreen, bool rowIsRed)
+{
+    if constexpr (sizeof(Sample) == 1) return chooseInteriorRow8u(firstGreen, rowIsRed);
+    else return chooseInteriorRow16u(firstGreen, rowIsRed);
+}
 
 } // namespace kel::bayer

@@ -173,16 +173,14 @@ HWY_EXPORT(rowColourRed16u);
 HWY_EXPORT(rowGreenBlue16u);
 HWY_EXPORT(rowGreenRed16u);
 
-template <>
-RowKernel<Kel8u> chooseInteriorRow<Kel8u>(bool firstGreen, bool rowIsRed)
+RowKernel<Kel8u> chooseInteriorRow8u(bool firstGreen, bool rowIsRed)
 {
     detectSimdTargets();
     if (firstGreen) return rowIsRed ? &HWY_DYNAMIC_DISPATCH(rowGreenRed8u) : &HWY_DYNAMIC_DISPATCH(rowGreenBlue8u);
     return rowIsRed ? &HWY_DYNAMIC_DISPATCH(rowColourRed8u) : &HWY_DYNAMIC_DISPATCH(rowColourBlue8u);
 }
 
-template <>
-RowKernel<Kel16u> chooseInteriorRow<Kel16u>(bool firstGreen, bool rowIsRed)
+RowKernel<Kel16u> chooseInteriorRow16u(bool firstGreen, bool rowIsRed)
 {
     detectSimdTargets();
     if (firstGreen) return rowIsRed ? &HWY_DYNAMIC_DISPATCH(rowGreenRed16u) : &HWY_DYNAMIC_DISPATCH(rowGreenBlue16u);
@@ -197,13 +195,20 @@ RowKernel<Kel16u> chooseInteriorRow<Kel16u>(bool firstGreen, bool rowIsRed)
 namespace kel::bayer {
 
 template <typename Sample>
-RowKernel<Sample> chooseInteriorRow(bool firstGreen, bool rowIsRed)
+RowKernel<Sample> scalarRow(bool firstGreen, bool rowIsRed)
 {
     if (firstGreen) return rowIsRed ? innerBayerRow<Sample, true, true> : innerBayerRow<Sample, true, false>;
     return rowIsRed ? innerBayerRow<Sample, false, true> : innerBayerRow<Sample, false, false>;
 }
-template RowKernel<Kel8u> chooseInteriorRow<Kel8u>(bool, bool);
-template RowKernel<Kel16u> chooseInteriorRow<Kel16u>(bool, bool);
+
+RowKernel<Kel8u> chooseInteriorRow8u(bool firstGreen, bool rowIsRed)
+{
+    return scalarRow<Kel8u>(firstGreen, rowIsRed);
+}
+RowKernel<Kel16u> chooseInteriorRow16u(bool firstGreen, bool rowIsRed)
+{
+    return scalarRow<Kel16u>(firstGreen, rowIsRed);
+}
 
 } // namespace kel::bayer
 

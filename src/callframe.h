@@ -5,6 +5,7 @@
 #include <cfloat>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <type_traits>
 
@@ -190,6 +191,21 @@ template <typename PairFn>
 inline void forEachRowPair(int height, const PairFn& pair)
 {
     for (int j = 0; j < height / 2; ++j) pair(2 * j, 2 * j + 1, j);
+}
+
+// Byte strides that are not whole samples put rows at any byte address: such
+// samples are read and written through copies.
+template <typename S>
+inline S loadSample(const S* p)
+{
+    S value;
+    std::memcpy(&value, p, sizeof value);
+    return value;
+}
+template <typename S>
+inline void storeSample(S* p, S value)
+{
+    std::memcpy(p, &value, sizeof value);
 }
 
 // ---- saturation -------------------------------------------------------------

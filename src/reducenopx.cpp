@@ -23,21 +23,6 @@ inline typename T::Destination noDither(typename T::Source s, long double l, lon
     return T::store(clampTo(truncate32(t * static_cast<long double>(T::kTop)), T::kTop));
 }
 
-// Byte strides that are not whole samples put rows at any byte address: the
-// samples are read and written through copies.
-template <typename S>
-inline S loadSample(const S* p)
-{
-    S value;
-    std::memcpy(&value, p, sizeof value);
-    return value;
-}
-template <typename S>
-inline void storeSample(S* p, S value)
-{
-    std::memcpy(p, &value, sizeof value);
-}
-
 } // namespace
 
 // Rows in order on the calling thread; strides in bytes.  An 8-bit source
