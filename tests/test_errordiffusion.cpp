@@ -513,14 +513,15 @@ protected:
 
 // ---- the engines against the model ---------------------------------------------------------------
 
-// Every size with every level count; the team size goes round 1 to 5. The
-// calls are grouped by team size, so that the thread pool is not resized at
-// every call.
+// Every size with every level count; one call in five on a team of 2 to 5,
+// in turn, the others on the calling thread alone. The calls are grouped by
+// team size, so that the thread pool is not resized at every call.
 struct Case {
     KelImageSize size;
     Request request;
     std::uint32_t seed;
 };
+int teamFor(std::uint32_t seed) { return seed % 5 ? 1 : int(2 + seed / 5 % 4); }
 
 TEST_P(ErrorDiffusion, PlainFormsFollowTheModel)
 {
@@ -531,7 +532,7 @@ TEST_P(ErrorDiffusion, PlainFormsFollowTheModel)
             for (KelImageSize size : kSizes) cases.push_back({size, {kind, 0, levels}, seed++});
     for (int threads = 1; threads <= 5; ++threads)
         for (const Case& c : cases)
-            if (int(c.seed % 5) == threads - 1) expectModel(c.size, c.request, threads, c.seed);
+            if (teamFor(c.seed) == threads) expectModel(c.size, c.request, threads, c.seed);
 }
 
 // Noise 30 on half the sizes, 100 on the other half, 1 on the largest.
@@ -547,7 +548,7 @@ TEST_P(ErrorDiffusion, NoiseFormsFollowTheModel)
         }
     for (int threads = 1; threads <= 5; ++threads)
         for (const Case& c : cases)
-            if (int(c.seed % 5) == threads - 1) expectModel(c.size, c.request, threads, c.seed);
+            if (teamFor(c.seed) == threads) expectModel(c.size, c.request, threads, c.seed);
 }
 
 // Every team size on the same images: the plan decides which channels share
@@ -558,8 +559,7 @@ TEST_P(ErrorDiffusion, EveryTeamSizeFollowsItsPlan)
         std::uint32_t seed = 3000;  // the same images for every team size
         for (int kind : kKinds)
             for (int noise : {0, 30})
-                for (KelImageSize size : {KelImageSize{17, 5}, KelImageSize{3, 2}, KelImageSize{5, 1}})
-                    expectModel(size, {kind, noise, 3}, threads, seed++);
+                expectModel({17, 5}, {kind, noise, 3}, threads, seed++);
     }
 }
 
@@ -607,7 +607,7 @@ TEST_P(ErrorDiffusion, ByteStridesAreCutToWholeSamples)
     const KelImageSize size{5, 4};
     const int srcRow = size.width * m.pitch * m.srcBytes, dstRow = size.width * m.pitch * m.dstBytes;
     std::uint32_t seed = 6000;
-    for (int extra : {1, 2, 3, 5})
+    for (int extra : {1, 3})
         for (int kind : kKinds)
             for (int noise : {0, 30}) {
                 const int srcStep = srcRow + extra, dstStep = dstRow + extra + 1;
@@ -642,10 +642,10 @@ TEST_P(ErrorDiffusion, ConstantBottomAndTopComeBackUnchanged)
             for (int noise : {0, 50})
                 for (int levels : {2, 3, 8, 42, m.maxLevels}) {
                     fillConstant(m, src, size, value * sourceRange(m.tag));
-                    const auto out = run(src, size, {kind, noise, levels}, 3);
+                    const auto out = run(src, size, {kind, noise, levels}, 1);
                     for (int c = 0; c < m.channels; ++c)
                         for (int o : out[std::size_t(c)])
-                            ASSERT_EQ(value * topOf(m), o) << describe(m, size, {kind, noise, levels}, 3);
+                            ASSERT_EQ(value * topOf(m), o) << describe(m, size, {kind, noise, levels}, 1);
                 }
 }
 
@@ -661,10 +661,10 @@ TEST_P(ErrorDiffusionFloat, FloatOutsideZeroToOneSaturatesAndNaNGivesTheBottom)
                 for (int levels : {2, 17, 256}) {
                     fillConstant(m, src, size, value);
                     const int want = value >= 1.0f ? topOf(m) : 0;
-                    const auto out = run(src, size, {kind, noise, levels}, 2);
+                    const auto out = run(src, size, {kind, noise, levels}, 1);
                     for (int c = 0; c < m.channels; ++c)
                         for (int o : out[std::size_t(c)])
-                            ASSERT_EQ(want, o) << value << " " << describe(m, size, {kind, noise, levels}, 2);
+                            ASSERT_EQ(want, o) << value << " " << describe(m, size, {kind, noise, levels}, 1);
                 }
 }
 
@@ -749,11 +749,11 @@ TEST_P(ErrorDiffusionAlpha, FourthSampleIsNeitherReadNorWritten)
 {
     const Member& m = GetParam();
     const KelImageSize size{7, 4};
-    for (int threads : {1, 2, 3, 4})
+    for (int threads : {1, 3})
         for (int kind : kKinds)
             for (int noise : {0, 50}) {
                 std::vector<std::vector<int>> first;
-                for (std::uint8_t alpha : {0x00, 0xFF, 0x7F, 0x80, 0x3C}) {
+                for (std::uint8_t alpha : {0x00, 0xFF, 0x7F}) {
                     Image src = pixels(size.width, size.height, m.pitch, false, m.srcBytes);
                     src.fill(1);
                     fillSource(m, src, size, 6, 77, alpha);
@@ -804,7 +804,7 @@ TEST_P(ErrorDiffusionAllocation, OneBufferRequestSizedByThePlan)
 {
     const Member& m = GetParam();
     for (int threads = 1; threads <= 5; ++threads)
-        for (int width : {5, 8})  // rows of 5 rounded up to 8 in the plain twelve-term form
+        for (int width : {5})  // rounded up to 8 in the plain twelve-term form
             for (int kind : kKinds)
                 for (int noise : {0, 20}) {
                     const KelImageSize size{width, 3};
