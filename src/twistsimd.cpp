@@ -69,33 +69,49 @@ HWY_INLINE VF outputOf(DF df, const OutputRow& m, VF c0, VF c1, VF c2, VF& margi
     return rounded;
 }
 
+// Sixteen pixels a step: de-interleaved and interleaved again as whole
+// 16-byte vectors, the sums worked a vector of doubles at a time through
+// small arrays.
 std::int64_t twistRow8u(const Kel8u* src, Kel8u* dst, std::int64_t count, const Kel32f* t)
 {
+    constexpr int kStep = 16;
     const DF df;
     const hn::Rebind<std::int32_t, DF> di;
     const hn::Rebind<std::uint8_t, DF> d8;
-    const std::int64_t lanes = static_cast<std::int64_t>(hn::Lanes(df));
+    const hn::Full128<std::uint8_t> d16;
+    const int lanes = static_cast<int>(hn::Lanes(df));
     const OutputRow rows[3] = {outputRow(df, t, 0), outputRow(df, t, 1), outputRow(df, t, 2)};
     std::int64_t x = 0;
     if (!matrixFinite(t)) return x;
-    for (; x + lanes <= count; x += lanes) {
-        hn::Vec<decltype(d8)> b0, b1, b2;
-        hn::LoadInterleaved3(d8, src + 3 * x, b0, b1, b2);
-        const VF c0 = hn::PromoteTo(df, hn::PromoteTo(di, b0));
-        const VF c1 = hn::PromoteTo(df, hn::PromoteTo(di, b1));
-        const VF c2 = hn::PromoteTo(df, hn::PromoteTo(di, b2));
-        VF margin0, margin1, margin2;
-        const VF o0 = outputOf(df, rows[0], c0, c1, c2, margin0);
-        const VF o1 = outputOf(df, rows[1], c0, c1, c2, margin1);
-        const VF o2 = outputOf(df, rows[2], c0, c1, c2, margin2);
-        if (!hn::AllTrue(df, hn::Gt(hn::Min(margin0, hn::Min(margin1, margin2)), hn::Zero(df)))) {
+    HWY_ALIGN Kel8u in[3][kStep];
+    HWY_ALIGN Kel8u out[3][kStep];
+    for (; x + kStep <= count; x += kStep) {
+        hn::Vec<decltype(d16)> b0, b1, b2;
+        hn::LoadInterleaved3(d16, src + 3 * x, b0, b1, b2);
+        hn::Store(b0, d16, in[0]);
+        hn::Store(b1, d16, in[1]);
+        hn::Store(b2, d16, in[2]);
+        VF lowest = hn::Set(df, 1.0);
+        for (int part = 0; part < kStep; part += lanes) {
+            const VF c0 = hn::PromoteTo(df, hn::PromoteTo(di, hn::LoadU(d8, in[0] + part)));
+            const VF c1 = hn::PromoteTo(df, hn::PromoteTo(di, hn::LoadU(d8, in[1] + part)));
+            const VF c2 = hn::PromoteTo(df, hn::PromoteTo(di, hn::LoadU(d8, in[2] + part)));
+            VF margin0, margin1, margin2;
+            const VF o0 = outputOf(df, rows[0], c0, c1, c2, margin0);
+            const VF o1 = outputOf(df, rows[1], c0, c1, c2, margin1);
+            const VF o2 = outputOf(df, rows[2], c0, c1, c2, margin2);
+            lowest = hn::Min(lowest, hn::Min(margin0, hn::Min(margin1, margin2)));
+            hn::StoreU(hn::DemoteTo(d8, hn::DemoteTo(di, o0)), d8, out[0] + part);
+            hn::StoreU(hn::DemoteTo(d8, hn::DemoteTo(di, o1)), d8, out[1] + part);
+            hn::StoreU(hn::DemoteTo(d8, hn::DemoteTo(di, o2)), d8, out[2] + part);
+        }
+        if (!hn::AllTrue(df, hn::Gt(lowest, hn::Zero(df)))) {
             // Nothing of the step is stored yet, so an in-place row still
             // holds the pixels the extended kernel reads.
-            twistRowExact8u(src + 3 * x, dst + 3 * x, lanes, t);
+            twistRowExact8u(src + 3 * x, dst + 3 * x, kStep, t);
             continue;
         }
-        hn::StoreInterleaved3(hn::DemoteTo(d8, hn::DemoteTo(di, o0)), hn::DemoteTo(d8, hn::DemoteTo(di, o1)),
-                              hn::DemoteTo(d8, hn::DemoteTo(di, o2)), d8, dst + 3 * x);
+        hn::StoreInterleaved3(hn::Load(d16, out[0]), hn::Load(d16, out[1]), hn::Load(d16, out[2]), d16, dst + 3 * x);
     }
     return x;
 }
