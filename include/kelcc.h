@@ -238,6 +238,53 @@ KEL_API KelResult keliColorTwist_32f_P3R(const Kel32f* const pSrc[3], int srcSte
 KEL_API KelResult keliColorTwist_32f_IP3R(Kel32f* const pSrcDst[3], int srcDstStep, KelImageSize roiSize, const Kel32f* twist);
 KEL_API KelResult keliColorTwist_32f_C4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f* twist);
 
+/* ---- tone mapping --------------------------------------------------------- */
+/* One float channel to 8 bits by one gain: Linear brings the maximum to 255,
+   Mean brings the mean to 127.5 (outputs truncated).  A negative or NaN
+   maximum (mean) gives kelWarnNegativeMax and writes nothing; a maximum
+   (twice the mean) at or below the smallest normal float fills the
+   destination with 0.  Statuses of the maximum or mean (pSrc, size) are
+   passed on.  Negative and NaN samples give 0 (an infinite maximum or mean
+   makes the gain 0).
+   A null pDst gives kelErrNullPointer (nothing else about pDst or the
+   strides is tested). */
+KEL_API KelResult keliToneMapLinear_32f8u_C1R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliToneMapMean_32f8u_C1R(const Kel32f* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+
+/* ---- YCoCg ---------------------------------------------------------------- */
+/* Pixel-order B, G, R (8u, or signed 16-bit in SBGR names) to and from three
+   planes Y, Co, Cg sharing one stride in bytes: the plain transform (lossy,
+   with rounding terms) and the reversible lifting form (_Rev), which an
+   8u16s pair undoes exactly.  16-bit results keep the low 16 bits of their
+   sums (no saturation); 16s8u inverses clamp those to 0..255.  A C4 source's
+   fourth channel is never read; a C4 destination's fourth channel is set to
+   alpha.  Only null pointers are tested (planes included); a width or height
+   below 1 writes nothing and returns kelOk. */
+KEL_API KelResult keliBGRToYCoCg_8u16s_C3P3R(const Kel8u* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCoCg_8u16s_C4P3R(const Kel8u* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_16s_C3P3R(const Kel16s* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_16s_C4P3R(const Kel16s* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_16s32s_C3P3R(const Kel16s* pSrc, int srcStep, Kel32s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_16s32s_C4P3R(const Kel16s* pSrc, int srcStep, Kel32s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCoCg_Rev_8u16s_C3P3R(const Kel8u* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliBGRToYCoCg_Rev_8u16s_C4P3R(const Kel8u* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_Rev_16s_C3P3R(const Kel16s* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_Rev_16s_C4P3R(const Kel16s* pSrc, int srcStep, Kel16s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_Rev_16s32s_C3P3R(const Kel16s* pSrc, int srcStep, Kel32s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliSBGRToYCoCg_Rev_16s32s_C4P3R(const Kel16s* pSrc, int srcStep, Kel32s* const pDst[3], int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToBGR_16s8u_P3C3R(const Kel16s* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToBGR_16s8u_P3C4R(const Kel16s* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliYCoCgToSBGR_16s_P3C3R(const Kel16s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToSBGR_16s_P3C4R(const Kel16s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, Kel16s alpha);
+KEL_API KelResult keliYCoCgToSBGR_32s16s_P3C3R(const Kel32s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToSBGR_32s16s_P3C4R(const Kel32s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, Kel16s alpha);
+KEL_API KelResult keliYCoCgToBGR_Rev_16s8u_P3C3R(const Kel16s* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToBGR_Rev_16s8u_P3C4R(const Kel16s* const pSrc[3], int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, Kel8u alpha);
+KEL_API KelResult keliYCoCgToSBGR_Rev_16s_P3C3R(const Kel16s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToSBGR_Rev_16s_P3C4R(const Kel16s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, Kel16s alpha);
+KEL_API KelResult keliYCoCgToSBGR_Rev_32s16s_P3C3R(const Kel32s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCoCgToSBGR_Rev_32s16s_P3C4R(const Kel32s* const pSrc[3], int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, Kel16s alpha);
+
 /* ---- HSV and HLS -------------------------------------------------------- */
 /* Pixel-order RGB <-> HSV (8u, 16u) and RGB <-> HLS (8u, 16u, 16s, 32f).  Coded
    hue covers one turn over the type's range; 16s is the 16u coding moved by
