@@ -208,6 +208,19 @@ inline void storeSample(S* p, S value)
     std::memcpy(p, &value, sizeof value);
 }
 
+// ---- conversions ------------------------------------------------------------
+
+// A conversion to a 32-bit integer by truncation.  Inside the range it is the
+// plain truncating cast; outside it saturates, and NaN gives 0, so that any
+// float, NaN and the infinities included, has a defined result.
+inline std::int32_t truncate32(long double x)
+{
+    if (x >= 2147483648.0L) return std::numeric_limits<std::int32_t>::max();
+    if (x > -2147483649.0L) return static_cast<std::int32_t>(x);
+    if (x <= -2147483649.0L) return std::numeric_limits<std::int32_t>::min();
+    return 0;  // NaN
+}
+
 // ---- saturation -------------------------------------------------------------
 
 // The same value as the saturation table gives inside its valid range.

@@ -16,17 +16,6 @@ namespace kel::reduce {
 // The 64-bit constant added before every truncation of a level computation.
 inline constexpr double kNudge = 0.000009;
 
-// A conversion to a 32-bit integer by truncation.  Inside the range it is the
-// plain truncating cast; outside it saturates, and NaN gives 0, so that float
-// sources outside 0..1, NaN and infinities have a defined result.
-inline std::int32_t truncate32(long double x)
-{
-    if (x >= 2147483648.0L) return std::numeric_limits<std::int32_t>::max();
-    if (x > -2147483649.0L) return static_cast<std::int32_t>(x);
-    if (x <= -2147483649.0L) return std::numeric_limits<std::int32_t>::min();
-    return 0;  // NaN
-}
-
 inline std::int32_t clampTo(std::int32_t v, std::int32_t top)
 {
     return v < 0 ? 0 : (v > top ? top : v);
