@@ -10,11 +10,14 @@ extern "C" KEL_API KelResult keliMax_32f_C1R(const Kel32f* pSrc, int srcStep, Ke
     if (sizeBelow(roiSize, 1, 1))  return kelErrSize;
     // Only a strictly greater sample replaces the maximum: a NaN never does,
     // and a NaN in the first sample stays the result.
-    Kel32f largest = pSrc[0];
+    // Rows start at any byte address: samples are read through copies.
+    Kel32f largest = loadSample(pSrc);
     forEachRow(roiSize.height, [&](int y) {
         const Kel32f* row = rowAt(pSrc, srcStep, y);
-        for (int x = 0; x < roiSize.width; ++x)
-            if (row[x] > largest) largest = row[x];
+        for (int x = 0; x < roiSize.width; ++x) {
+            const Kel32f sample = loadSample(row + x);
+            if (sample > largest) largest = sample;
+        }
     });
     *pMax = largest;
     return kelOk;

@@ -21,10 +21,10 @@ KEL_API KelResult keliSum_32f_C1R(const Kel32f* pSrc, int srcStep, KelImageSize 
     forEachRow(roiSize.height, [&](int y) {
         const Kel32f* row = rowAt(pSrc, srcStep, y);
         for (int x = 0; x < pairs; x += 2) {
-            even += row[x];
-            odd += row[x + 1];
+            even += loadSample(row + x);
+            odd += loadSample(row + x + 1);
         }
-        if (roiSize.width & 1) even += row[pairs];
+        if (roiSize.width & 1) even += loadSample(row + pairs);
     });
     *pSum = static_cast<Kel64f>(even + odd);
     return kelOk;
