@@ -67,24 +67,6 @@ Steps stepsFor(Tag t, int L)
     return k;
 }
 
-// The output of level `index` (value w), on the unsigned scale, saturated:
-// a step up past the top level prints the top of the destination.
-int levelOutput(const Member& m, const Steps& k, int index, Ld w)
-{
-    long long o = 0;
-    switch (m.tag) {
-    case Tag::U8: o = (std::uint32_t(index) * k.F) >> 8; break;
-    case Tag::U16U8:
-    case Tag::S16U8: o = std::int32_t(w + kBias) >> 8; break;
-    case Tag::U16:
-    case Tag::S16: o = std::int32_t(w + kBias); break;
-    case Tag::F8U: o = std::int32_t(w * 255 + kBias); break;
-    case Tag::F16U:
-    case Tag::F16S: o = std::int32_t(w * 65535 + kBias); break;
-    }
-    return int(std::clamp<long long>(o, 0, topOf(m)));
-}
-
 // ---- noise ---------------------------------------------------------------------------------------
 
 // The two tables of a noise form, filled here through the public generator
@@ -169,7 +151,7 @@ Decision decide(const Member& m, const Steps& k, Ld v, Ld t)
         r = v - (q * Ld(k.S) + Ld(k.S));
         ++q;
     }
-    return {levelOutput(m, k, q, q * Ld(k.S)), float(r)};
+    return {levelOutput(m, k.F, q, q * Ld(k.S)), float(r)};
 }
 
 // Error rows of one section: two (Floyd-Steinberg) or three rows, each with

@@ -64,24 +64,6 @@ Steps stepsFor(Tag t, int L)
     return k;
 }
 
-// The output for the level value w (index `index`), saturated to the
-// destination's range, on the unsigned scale.
-int levelOutput(const Member& m, const Steps& k, int index, Ld w)
-{
-    long long o = 0;
-    switch (m.tag) {
-    case Tag::U8: o = (std::uint32_t(index) * std::uint32_t(k.F)) >> 8; break;
-    case Tag::U16U8:
-    case Tag::S16U8: o = std::int32_t(w + kBias) >> 8; break;
-    case Tag::U16:
-    case Tag::S16: o = std::int32_t(w + kBias); break;
-    case Tag::F8U: o = std::int32_t(w * 255 + kBias); break;
-    case Tag::F16U:
-    case Tag::F16S: o = std::int32_t(w * 65535 + kBias); break;
-    }
-    return int(std::clamp<long long>(o, 0, topOf(m)));
-}
-
 // The 4 x 4 threshold pattern, k / 15 rounded to float.
 const int kPatternK[16] = {0, 8, 2, 10, 12, 4, 14, 6, 3, 11, 1, 9, 15, 7, 13, 5};
 float patternAt(int cell) { return float(Ld(kPatternK[cell]) / 15); }
@@ -162,7 +144,7 @@ void model(const Member& m, const std::uint8_t* src, long srcStep, std::uint8_t*
                         w = q * Ld(k.S) + Ld(k.S);
                         ++index;
                     }
-                    o = levelOutput(m, k, index, w);
+                    o = levelOutput(m, k.F, index, w);
                 } else {
                     const Ld u = floatSource(m.tag) ? v : v / sourceRange(m.tag);
                     const std::int32_t q = std::int32_t(L * u);
@@ -499,7 +481,7 @@ TEST_P(ReduceBitsMembers, OrderedWhiteStaysAtTheTopLevel)
     const Member& m = GetParam();
     for (int levels = 2; levels <= 256; ++levels) {
         const Steps k = stepsFor(m.tag, levels - 1);
-        const int top = levelOutput(m, k, k.L, Ld(k.L) * k.S);
+        const int top = levelOutput(m, k.F, k.L, Ld(k.L) * k.S);
         for (int noise : {0, 1, 100})
             for (int o : flatOutputs(m, sourceRange(m.tag), {kelDitherOrdered, noise, levels}))
                 ASSERT_LE(top, o) << m.name << " levels " << levels << " noise " << noise;
@@ -517,7 +499,7 @@ TEST_P(ReduceBitsWide, OrderedWhiteNeverFallsMoreThanOneLevelAtAnyLevelCount)
     const Member& m = GetParam();
     for (int levels = 257; levels <= m.maxLevels; levels += (levels < 700 ? 1 : 97)) {
         const Steps k = stepsFor(m.tag, levels - 1);
-        const int below = levelOutput(m, k, k.L - 1, Ld(k.L - 1) * k.S);
+        const int below = levelOutput(m, k.F, k.L - 1, Ld(k.L - 1) * k.S);
         for (int noise : {0, 100}) {
             const auto outs = flatOutputs(m, 65535, {kelDitherOrdered, noise, levels});
             for (std::size_t i = 0; i < outs.size(); ++i) {
@@ -543,7 +525,7 @@ TEST_P(ReduceBitsWide, OrderedWhiteNeverFallsMoreThanOneLevelAtAnyLevelCount)
     const Steps k = stepsFor(m.tag, 521);
     ASSERT_EQ(520, std::int32_t(65535 * Ld(k.I) + kBias));
     const auto outs = flatOutputs(m, 65535, {kelDitherOrdered, 0, 522});
-    EXPECT_EQ(levelOutput(m, k, 520, 520 * Ld(k.S)), outs[std::size_t(12 * m.channels)]);  // x 0, y 3
+    EXPECT_EQ(levelOutput(m, k.F, 520, 520 * Ld(k.S)), outs[std::size_t(12 * m.channels)]);  // x 0, y 3
     EXPECT_EQ(65535, outs[0]);                                                          // k = 0 saturates
 }
 

@@ -150,6 +150,25 @@ inline void putOutput(const Member& m, std::uint8_t* p, int o)
 }
 
 
+// The output of level `index` (value w, 8.8 step F for 8u sources) on the
+// unsigned scale, saturated to the destination's range: a step up past the
+// top level gives the top.
+inline int levelOutput(const Member& m, int F, int index, Ld w)
+{
+    long long o = 0;
+    switch (m.tag) {
+    case Tag::U8: o = (std::uint32_t(index) * std::uint32_t(F)) >> 8; break;
+    case Tag::U16U8:
+    case Tag::S16U8: o = std::int32_t(w + kBias) >> 8; break;
+    case Tag::U16:
+    case Tag::S16: o = std::int32_t(w + kBias); break;
+    case Tag::F8U: o = std::int32_t(w * 255 + kBias); break;
+    case Tag::F16U:
+    case Tag::F16S: o = std::int32_t(w * 65535 + kBias); break;
+    }
+    return int(std::clamp<long long>(o, 0, topOf(m)));
+}
+
 // Where two byte strings first differ, or -1 (0 when their sizes differ).
 inline long firstDifference(const std::vector<std::uint8_t>& a, const std::vector<std::uint8_t>& b)
 {
