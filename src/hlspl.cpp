@@ -4,6 +4,7 @@
 
 #include "callframe.h"
 #include "hueconv.h"
+#include "mskcolorsimd.h"
 #include "rowshare.h"
 
 using namespace kel;
@@ -40,6 +41,14 @@ struct Planes {
         return rows;
     }
 
+    // The same rows from pixel n on.
+    template <typename T>
+    static Rows<T> advance(Rows<T> rows, int n)
+    {
+        for (int p = 0; p < Count; ++p) rows.row[p] += n;
+        return rows;
+    }
+
     // Channel c of pixel x lies at channels[c][x * pitch]; a fourth plane that
     // is not there is null.
     template <typename T>
@@ -63,6 +72,9 @@ struct Pixels {
     static T* rowsAt(T* base, int step, int y) { return rowAt(base, step, y); }
 
     template <typename T>
+    static T* advance(T* row, int n) { return row + n * Count; }
+
+    template <typename T>
     static std::array<T*, 4> channels(T* row)
     {
         return {row, row + 1, row + 2, row + 3};
@@ -78,6 +90,24 @@ constexpr bool kToHLS = true, kFromHLS = false;
 
 template <bool ToHLS, int SrcPitch, int DstPitch, bool CopyAlpha, bool Rounding = false>
 void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width);
+
+// The vector row of a member's layout, chosen once a call (null without SIMD).
+template <class Src, class Dst, bool ToHLS>
+HueRow8u fastRow()
+{
+    return chooseHueRow8u(ToHLS ? HueConversion::RGBToHLS : HueConversion::HLSToRGB, false, true, Src::pitch,
+                          Dst::pitch, Src::count == 4 && Dst::count == 4 ? HueAlpha::Copy : HueAlpha::None);
+}
+
+// Whole vector steps by the vector row, the rest by the kernel.
+template <class Src, class Dst, class SrcRows, class DstRows, class Kernel>
+void fastThenKernel(HueRow8u fast, Kernel kernel, SrcRows src, DstRows dst, int width)
+{
+    const typename Src::Source from = src;
+    const typename Dst::Destination to = dst;
+    const int done = fast != nullptr ? fast(Src::channels(from).data(), Dst::channels(to).data(), width) : 0;
+    if (done < width) kernel(Src::advance(src, done), Dst::advance(dst, done), width - done);
+}
 
 } // namespace
 
@@ -117,8 +147,10 @@ void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width);
         if (stepBelowOne(srcStep, dstStep))                                       return kelErrStep;          \
         if (sizeBelow(roiSize, 1, 1))                                             return kelErrSize;          \
         const int width = roiSize.width;                                                                      \
+        const HueRow8u fast = fastRow<SRC, DST, DIRECTION>();                                                 \
         shareRowsAlways(roiSize.height, [=](int y) {                                                          \
-            KERNEL(SRC::rowsAt(pSrc, srcStep, y), DST::rowsAt(pDst, dstStep, y), width);                      \
+            fastThenKernel<SRC, DST>(fast, KERNEL, SRC::rowsAt(pSrc, srcStep, y), DST::rowsAt(pDst, dstStep, y), \
+                                     width);                                                                  \
         });                                                                                                   \
         return kelOk;                                                                                         \
     }
@@ -144,7 +176,11 @@ KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pD
 
 void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
-    shareRowsAlways(height, [=](int y) { innerBGRToHLS_8u_AC4R(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    const HueRow8u fast = chooseHueRow8u(HueConversion::RGBToHLS, true, true, 4, 4, HueAlpha::Keep);
+    shareRowsAlways(height, [=](int y) {
+        fastThenKernel<Pixels4, Pixels4>(fast, innerBGRToHLS_8u_AC4R, rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y),
+                                         width);
+    });
 }
 
 // ---- row kernels -----------------------------------------------------------------
@@ -177,14 +213,10 @@ template <bool ToHLS, int SrcPitch, int DstPitch, bool CopyAlpha, bool Rounding>
 void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
 {
     const Ext addend = Rounding ? addendNearest : addendTruncate;
-    int previous = -1;  // a repeated colour takes the previous results again
-    Kel8u out[3] = {};
+    Kel8u out[3];
     for (int x = 0; x < width; ++x) {
         const Kel8u a = src[0][x * SrcPitch], b = src[1][x * SrcPitch], c = src[2][x * SrcPitch];
-        const int colour = a | (b << 8) | (c << 16);
-        if (colour == previous) {
-            // same results as the pixel before
-        } else if constexpr (ToHLS) {  // B, G, R in; H, L, S out
+        if constexpr (ToHLS) {  // B, G, R in; H, L, S out
             const HLS v = toHLS<false>(unitValue(c), unitValue(b), unitValue(a));
             storeHLS(v, addend, &out[0], &out[1], &out[2]);
         } else {  // H, L, S in; B, G, R out
@@ -193,7 +225,6 @@ void hlsRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
             out[1] = store<Kel8u>(v.g * 255, addend);
             out[2] = store<Kel8u>(v.r * 255, addend);
         }
-        previous = colour;
         if constexpr (CopyAlpha) dst[3][x * DstPitch] = src[3][x * SrcPitch];
         dst[0][x * DstPitch] = out[0];
         dst[1][x * DstPitch] = out[1];

@@ -34,7 +34,12 @@ namespace {
 
 // ---- the row walk --------------------------------------------------------------
 
-// Samples compared by their bits: -0.0 and 0.0 are different inputs here.
+// The 8-bit rows convert every pixel (their vector rows leave this kernel
+// only the tails); the wider samples let a pixel equal to the one before it
+// (flat areas) take that pixel's results again, which are the same by
+// construction.  The previous input is kept aside, so a conversion in place
+// works too.  Samples are compared by their bits: -0.0 and 0.0 are different
+// inputs here.
 template <typename T>
 auto bitsOf(T sample)
 {
@@ -42,12 +47,19 @@ auto bitsOf(T sample)
     else return sample;
 }
 
-// A pixel equal to the one before it (flat areas) takes that pixel's results
-// again, which are the same by construction; the previous input is kept
-// aside, so a conversion in place works too.
 template <typename T, void (*Pixel)(const T*, T*)>
 void pixelRow(const T* src, T* dst, int width, int pixelStride)
 {
+    if constexpr (std::is_same_v<T, Kel8u>) {
+        T converted[3];
+        for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
+            Pixel(src, converted);
+            dst[0] = converted[0];
+            dst[1] = converted[1];
+            dst[2] = converted[2];
+        }
+        return;
+    }
     T previous[3] = {}, converted[3] = {};
     for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
         const bool repeat = x > 0 && bitsOf(src[0]) == bitsOf(previous[0]) && bitsOf(src[1]) == bitsOf(previous[1]) &&
