@@ -24,4 +24,5 @@ case "${1:-}" in
 esac
 cmake -S . -B "$dir" -G Ninja "${flags[@]}" >/dev/null
 cmake --build "$dir"
-ctest --test-dir "$dir" --output-on-failure -j "$(nproc)"
+# The long sweeps (label "long") run by hand: ctest --test-dir build -L long
+ctest --test-dir "$dir" --output-on-failure -LE long -j "$(nproc)"

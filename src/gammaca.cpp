@@ -6,9 +6,12 @@
 
 #include "alloc.h"
 #include "callframe.h"
+#include "fallbacks.h"
 #include "gamma.h"
+#include "gammasimd.h"
 
 using namespace kel;
+using namespace kel::gamma;
 
 void owniGammaInitFwd16u(Kel16u* table);
 void owniGammaInitInv16u(Kel16u* table);
@@ -35,22 +38,20 @@ KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep
 template <Direction D, Walk W>
 void gammaRows32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int dstStep, KelImageSize roi,
                   Kel32f rangeLow, Kel32f rangeHigh);
-template <typename T, Walk W, typename Op>
-void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Op& op);
+template <typename T, Walk W, typename Run>
+void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Run& run);
 
-// The kernels: one sample each.
-Kel16u gammaFwd16(int v);
-Kel16u gammaInv16(int v);
+// Every sample of a contiguous run through op.
+template <typename T, typename Op>
+auto eachSample(const Op& op)
+{
+    return [op](const T* s, T* d, std::int64_t count) {
+        for (std::int64_t i = 0; i < count; ++i) d[i] = op(s[i]);
+    };
+}
 
-// A 32f call's range as the kernels use it.
-struct Range32f {
-    Ext low;
-    Ext scale;    // 1 / (high - low), held as a double
-    Ext range32;  // high - low, rounded to a float
-};
-Range32f rangeOf(Kel32f low, Kel32f high);
-Kel32f gammaFwd32(Kel32f sample, const Range32f& r);
-Kel32f gammaInv32(Kel32f sample, const Range32f& r);
+template <Direction D>
+void fillTable16u(Kel16u* table);
 
 } // namespace
 
@@ -173,7 +174,7 @@ KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep
     if constexpr (std::is_same_v<T, Kel8u>) {
         const Kel8u* table = D == Direction::Fwd ? tableFwd8u : tableInv8u;
         gammaImage<Kel8u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                             [table](Kel8u s) { return table[s]; });
+                             eachSample<Kel8u>([table](Kel8u s) { return table[s]; }));
         return kelOk;
     } else {
         // Three treated channels also for AC4; a product past 2^31 wraps and may
@@ -181,8 +182,13 @@ KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep
         const std::int32_t samples = static_cast<std::int32_t>(static_cast<std::uint32_t>(roi.width) * 3u *
                                                                 static_cast<std::uint32_t>(roi.height));
         if (samples <= kDirectSamples) {
-            gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                                  [](Kel16u s) { return D == Direction::Fwd ? gammaFwd16(s) : gammaInv16(s); });
+            const Row16u fast = chooseGammaRow16u(D == Direction::Fwd);
+            FallbackTally tally;
+            const auto direct = [fast, &tally](const Kel16u* s, Kel16u* d, std::int64_t count) {
+                if (fast != nullptr) tally.add(fast(s, d, count));
+                else for (std::int64_t i = 0; i < count; ++i) d[i] = D == Direction::Fwd ? gammaFwd16(s[i]) : gammaInv16(s[i]);
+            };
+            gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height, direct);
             return kelOk;
         }
         const ScratchBlock<Kel16u> table(kelsMalloc_16u(65536));
@@ -190,7 +196,7 @@ KelResult gammaRows(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep
         if (D == Direction::Fwd) owniGammaInitFwd16u(table.get()); else owniGammaInitInv16u(table.get());
         const Kel16u* lookup = table.get();
         gammaImage<Kel16u, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
-                              [lookup](Kel16u s) { return lookup[s]; });
+                              eachSample<Kel16u>([lookup](Kel16u s) { return lookup[s]; }));
         return kelOk;
     }
 }
@@ -201,40 +207,69 @@ void gammaRows32f(SrcArg<Kel32f, W> src, int srcStep, DstArg<Kel32f, W> dst, int
                   Kel32f rangeLow, Kel32f rangeHigh)
 {
     const Range32f range = rangeOf(rangeLow, rangeHigh);
-    gammaImage<Kel32f, W>(src, srcStep, dst, dstStep, roi.width, roi.height, [&range](Kel32f s) {
-        return D == Direction::Fwd ? gammaFwd32(s, range) : gammaInv32(s, range);
-    });
+    const Row32f fast = chooseGammaRow32f(D == Direction::Fwd);
+    FallbackTally tally;
+    gammaImage<Kel32f, W>(src, srcStep, dst, dstStep, roi.width, roi.height,
+                          [&range, fast, &tally](const Kel32f* s, Kel32f* d, std::int64_t count) {
+                              if (fast != nullptr) {
+                                  tally.add(fast(s, d, count, range));
+                                  return;
+                              }
+                              for (std::int64_t i = 0; i < count; ++i)
+                                  d[i] = D == Direction::Fwd ? gammaFwd32(s[i], range) : gammaInv32(s[i], range);
+                          });
 }
 
-// Applies op to every treated sample: C3 rows are width * 3 samples, AC4 takes
-// three of every four (the fourth is not touched), P3 runs plane 0's rows,
-// then plane 1's, then plane 2's.
-template <typename T, Walk W, typename Op>
-void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Op& op)
+// Hands run every treated sample, in contiguous runs: C3 rows are runs of
+// width * 3 samples, P3 runs plane 0's rows, then plane 1's, then plane 2's;
+// AC4 gathers the three treated samples of up to 128 pixels at a time and
+// puts the results back (the fourth sample is not touched).
+template <typename T, Walk W, typename Run>
+void gammaImage(SrcArg<T, W> src, int srcStep, DstArg<T, W> dst, int dstStep, int width, int height, const Run& run)
 {
     if constexpr (W == Walk::P3) {
         for (int p = 0; p < 3; ++p)
-            for (int y = 0; y < height; ++y) {
-                const T* s = rowAt(src[p], srcStep, y);
-                T* d = rowAt(dst[p], dstStep, y);
-                for (int x = 0; x < width; ++x) d[x] = op(s[x]);
-            }
+            for (int y = 0; y < height; ++y) run(rowAt(src[p], srcStep, y), rowAt(dst[p], dstStep, y), width);
+    } else if constexpr (W == Walk::C3) {
+        for (int y = 0; y < height; ++y)
+            run(rowAt(src, srcStep, y), rowAt(dst, dstStep, y), static_cast<std::int64_t>(width) * 3);
     } else {
-        constexpr int pitch = W == Walk::C3 ? 3 : 4;
+        constexpr int kChunk = 128;
+        T treated[3 * kChunk];
         for (int y = 0; y < height; ++y) {
             const T* s = rowAt(src, srcStep, y);
             T* d = rowAt(dst, dstStep, y);
-            for (int x = 0; x < width; ++x) {
-                const T a = s[pitch * x], b = s[pitch * x + 1], c = s[pitch * x + 2];
-                d[pitch * x] = op(a);
-                d[pitch * x + 1] = op(b);
-                d[pitch * x + 2] = op(c);
+            for (int x0 = 0; x0 < width; x0 += kChunk) {
+                const int n = width - x0 < kChunk ? width - x0 : kChunk;
+                for (int x = 0; x < n; ++x)
+                    for (int c = 0; c < 3; ++c) treated[3 * x + c] = s[4 * (x0 + x) + c];
+                run(treated, treated, 3 * n);
+                for (int x = 0; x < n; ++x)
+                    for (int c = 0; c < 3; ++c) d[4 * (x0 + x) + c] = treated[3 * x + c];
             }
         }
     }
 }
 
+// The 65536 values of a 16-bit table: each index through the vector row in
+// place, or the scalar kernel.
+template <Direction D>
+void fillTable16u(Kel16u* table)
+{
+    const Row16u fast = chooseGammaRow16u(D == Direction::Fwd);
+    if (fast != nullptr) {
+        for (int v = 0; v < 65536; ++v) table[v] = static_cast<Kel16u>(v);
+        fast(table, table, 65536);
+        return;
+    }
+    for (int v = 0; v < 65536; ++v) table[v] = D == Direction::Fwd ? gammaFwd16(v) : gammaInv16(v);
+}
+
+} // namespace
+
 // ---- kernels ---------------------------------------------------------------------
+
+namespace {
 
 constexpr double d65535 = 1.5259021896696422e-05;  // 1 / 65535
 constexpr double d1099 = 0.9099181073703366;       // 1 / 1.099
@@ -250,6 +285,10 @@ Kel16u nearestEven16(Ext y)
     if ((n & 1) != 0 && static_cast<Ext>(n) == y) n = n - 1;
     return static_cast<Kel16u>(static_cast<std::uint32_t>(n));
 }
+
+} // namespace
+
+namespace kel::gamma {
 
 Kel16u gammaFwd16(int v)
 {
@@ -299,18 +338,30 @@ Kel32f gammaInv32(Kel32f sample, const Range32f& r)
                                r.range32 + r.low);
 }
 
-} // namespace
+void gammaRefused16u(const Kel16u* src, Kel16u* dst, std::uint64_t refused, bool forward)
+{
+    for (int i = 0; refused != 0; ++i, refused >>= 1)
+        if ((refused & 1) != 0) dst[i] = forward ? gammaFwd16(src[i]) : gammaInv16(src[i]);
+}
+
+void gammaRefused32f(const Kel32f* src, Kel32f* dst, std::uint64_t refused, const Range32f& r, bool forward)
+{
+    for (int i = 0; refused != 0; ++i, refused >>= 1)
+        if ((refused & 1) != 0) dst[i] = forward ? gammaFwd32(src[i], r) : gammaInv32(src[i], r);
+}
+
+} // namespace kel::gamma
 
 // ---- the per-call 16-bit tables ----------------------------------------------
 
 void owniGammaInitFwd16u(Kel16u* table)
 {
-    for (int v = 0; v < 65536; ++v) table[v] = gammaFwd16(v);
+    fillTable16u<Direction::Fwd>(table);
 }
 
 void owniGammaInitInv16u(Kel16u* table)
 {
-    for (int v = 0; v < 65536; ++v) table[v] = gammaInv16(v);
+    fillTable16u<Direction::Inv>(table);
 }
 
 // ---- the 8-bit tables: f(i / 255) * 255 and g(i / 255) * 255, nearest, ties to even
