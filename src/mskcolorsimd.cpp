@@ -86,6 +86,7 @@ using DQ8 = hn::Half<DH8>;  // a quarter of the bytes: one float vector's worth
 using DF = hn::Repartition<float, DU8>;
 using DI = hn::RebindToSigned<DF>;
 using VF = hn::Vec<DF>;
+using VI = hn::Vec<DI>;
 using VU8 = hn::Vec<DU8>;
 
 // ---- the conversions on exact integers in float lanes ------------------------
@@ -93,26 +94,25 @@ using VU8 = hn::Vec<DU8>;
 // round-half-down(a / b) = floor((2a + b - 1) / 2b), or floor(a / b); a >= 0,
 // b >= 1, both below 2^23.
 template <bool Rounding>
-HWY_INLINE VF quotientDown(VF a, VF b)
+HWY_INLINE VI quotientDown(VF a, VF b)
 {
     const DF df;
     if constexpr (Rounding) {
         const VF twoB = hn::Add(b, b);
-        return hn::ConvertTo(df, hn::ConvertTo(DI(), hn::Div(hn::Add(hn::Add(a, a), hn::Sub(b, hn::Set(df, 1))), twoB)));
+        return hn::ConvertTo(DI(), hn::Div(hn::Add(hn::Add(a, a), hn::Sub(b, hn::Set(df, 1))), twoB));
     } else {
-        return hn::ConvertTo(df, hn::ConvertTo(DI(), hn::Div(a, b)));
+        return hn::ConvertTo(DI(), hn::Div(a, b));
     }
 }
 
 // The nearest integer to a / b where no ratio lies near a half (odd b), or
 // floor(a / b).
 template <bool Rounding>
-HWY_INLINE VF quotientNear(VF a, VF b)
+HWY_INLINE VI quotientNear(VF a, VF b)
 {
-    const DF df;
     const VF q = hn::Div(a, b);
-    if constexpr (Rounding) return hn::ConvertTo(df, hn::NearestInt(q));
-    else return hn::ConvertTo(df, hn::ConvertTo(DI(), q));
+    if constexpr (Rounding) return hn::NearestInt(q);
+    else return hn::ConvertTo(DI(), q);
 }
 
 // The hue's numerator n (0 <= n < 6d) of one colour: HSV lets a later
@@ -133,34 +133,34 @@ HWY_INLINE VF hueNumerator(VF r, VF g, VF b, VF max, VF d)
 
 // 255 n / 6d to a byte; 0 for a gray pixel (d = 0).
 template <bool Rounding>
-HWY_INLINE VF hueByte(VF n, VF d)
+HWY_INLINE VI hueByte(VF n, VF d)
 {
     const DF df;
-    const auto gray = hn::Eq(d, hn::Zero(df));
+    const auto gray = hn::RebindMask(DI(), hn::Eq(d, hn::Zero(df)));
     const VF six = hn::Mul(hn::Max(d, hn::Set(df, 1)), hn::Set(df, 6));
     return hn::IfThenZeroElse(gray, quotientDown<Rounding>(hn::Mul(n, hn::Set(df, 255)), six));
 }
 
 template <HueConversion C, bool Rounding>
-HWY_INLINE void convert(VF in0, VF in1, VF in2, VF& out0, VF& out1, VF& out2)
+HWY_INLINE void convert(VF in0, VF in1, VF in2, VI& out0, VI& out1, VI& out2)
 {
     const DF df;
+    const DI di;
     const VF k255 = hn::Set(df, 255), one = hn::Set(df, 1);
     if constexpr (C == HueConversion::RGBToHSV) {
         const VF r = in0, g = in1, b = in2;
         const VF v = hn::Max(hn::Max(r, g), b), d = hn::Sub(v, hn::Min(hn::Min(r, g), b));
-        const VF s = quotientDown<Rounding>(hn::Mul(d, k255), hn::Max(v, one));
         out0 = hueByte<Rounding>(hueNumerator<false>(r, g, b, v, d), d);
-        out1 = s;  // 0 where d = 0
-        out2 = v;
+        out1 = quotientDown<Rounding>(hn::Mul(d, k255), hn::Max(v, one));  // 0 where d = 0
+        out2 = hn::ConvertTo(di, v);
     } else if constexpr (C == HueConversion::RGBToHLS) {
         const VF r = in0, g = in1, b = in2;
         const VF max = hn::Max(hn::Max(r, g), b), min = hn::Min(hn::Min(r, g), b);
         const VF d = hn::Sub(max, min), t = hn::Add(max, min);
         const VF below = hn::IfThenElse(hn::Le(t, k255), t, hn::Sub(hn::Set(df, 510), t));
         out0 = hueByte<Rounding>(hueNumerator<true>(r, g, b, max, d), d);
-        out1 = hn::ConvertTo(df, hn::ConvertTo(DI(), hn::Mul(t, hn::Set(df, 0.5f))));  // floor of a half
-        out2 = hn::IfThenZeroElse(hn::Eq(d, hn::Zero(df)),
+        out1 = hn::ConvertTo(di, hn::Mul(t, hn::Set(df, 0.5f)));  // floor of a half
+        out2 = hn::IfThenZeroElse(hn::RebindMask(di, hn::Eq(d, hn::Zero(df))),
                                   quotientDown<Rounding>(hn::Mul(d, k255), hn::Max(below, one)));
     } else if constexpr (C == HueConversion::HSVToRGB) {
         const VF h = in0, s = in1, v = in2;
@@ -171,14 +171,18 @@ HWY_INLINE void convert(VF in0, VF in1, VF in2, VF& out0, VF& out1, VF& out2)
             sextant = hn::Add(sextant, hn::IfThenElseZero(hn::Ge(h2, hn::Set(df, edge)), one));
         const VF j = hn::Sub(h2, hn::Mul(sextant, hn::Set(df, 85)));
         const VF whole = hn::Set(df, 21675);
-        const VF m = quotientNear<true>(hn::Mul(v, hn::Sub(k255, s)), k255);
-        const VF n = quotientNear<true>(hn::Mul(v, hn::Sub(whole, hn::Mul(s, j))), whole);
-        const VF p = quotientNear<true>(hn::Mul(v, hn::Sub(whole, hn::Mul(s, hn::Sub(hn::Set(df, 85), j)))), whole);
-        const auto is = [&](float k) { return hn::Eq(sextant, hn::Set(df, k)); };
+        // M by the reciprocal: two float roundings put the product within
+        // 255 * 2^-23 < 1 / 510 of V (255 - S) / 255, whose fraction is at
+        // least 1 / 510 from a half.
+        const VI m = hn::NearestInt(hn::Mul(hn::Mul(v, hn::Sub(k255, s)), hn::Set(df, 1.0f / 255)));
+        const VI n = quotientNear<true>(hn::Mul(v, hn::Sub(whole, hn::Mul(s, j))), whole);
+        const VI p = quotientNear<true>(hn::Mul(v, hn::Sub(whole, hn::Mul(s, hn::Sub(hn::Set(df, 85), j)))), whole);
+        const VI vi = hn::ConvertTo(di, v);
+        const auto is = [&](float k) { return hn::RebindMask(di, hn::Eq(sextant, hn::Set(df, k))); };
         // Sextants 0 to 5: R = V, N, M, M, P, V; G = P, V, V, N, M, M; B = M, M, P, V, V, N.
-        out0 = hn::IfThenElse(hn::Or(is(0), is(5)), v, hn::IfThenElse(is(1), n, hn::IfThenElse(is(4), p, m)));
-        out1 = hn::IfThenElse(hn::Or(is(1), is(2)), v, hn::IfThenElse(is(0), p, hn::IfThenElse(is(3), n, m)));
-        out2 = hn::IfThenElse(hn::Or(is(3), is(4)), v, hn::IfThenElse(is(2), p, hn::IfThenElse(is(5), n, m)));
+        out0 = hn::IfThenElse(hn::Or(is(0), is(5)), vi, hn::IfThenElse(is(1), n, hn::IfThenElse(is(4), p, m)));
+        out1 = hn::IfThenElse(hn::Or(is(1), is(2)), vi, hn::IfThenElse(is(0), p, hn::IfThenElse(is(3), n, m)));
+        out2 = hn::IfThenElse(hn::Or(is(3), is(4)), vi, hn::IfThenElse(is(2), p, hn::IfThenElse(is(5), n, m)));
     } else {  // HLSToRGB
         const VF h = in0, l = in1, s = in2;
         const VF m2 = hn::IfThenElse(hn::Le(l, hn::Set(df, 127)), hn::Mul(l, hn::Add(k255, s)),
@@ -235,8 +239,8 @@ HWY_INLINE void storeChannels(Kel8u* const dst[4], int x, VU8 v0, VU8 v1, VU8 v2
     }
 }
 
-// Quarter q of a byte vector as floats, and a float vector of byte values
-// back to a quarter.
+// Quarter q of a byte vector as floats, and four vectors of byte values in
+// 32-bit lanes back to bytes.
 template <int Q>
 HWY_INLINE VF quarter(VU8 v)
 {
@@ -247,12 +251,11 @@ HWY_INLINE VF quarter(VU8 v)
     return hn::ConvertTo(DF(), hn::PromoteTo(DI(), part));
 }
 
-HWY_INLINE VU8 bytesOf(VF q0, VF q1, VF q2, VF q3)
+HWY_INLINE VU8 bytesOf(VI q0, VI q1, VI q2, VI q3)
 {
-    const DI di;
     const DQ8 dq;
-    const auto b0 = hn::DemoteTo(dq, hn::ConvertTo(di, q0)), b1 = hn::DemoteTo(dq, hn::ConvertTo(di, q1));
-    const auto b2 = hn::DemoteTo(dq, hn::ConvertTo(di, q2)), b3 = hn::DemoteTo(dq, hn::ConvertTo(di, q3));
+    const auto b0 = hn::DemoteTo(dq, q0), b1 = hn::DemoteTo(dq, q1);
+    const auto b2 = hn::DemoteTo(dq, q2), b3 = hn::DemoteTo(dq, q3);
     return hn::Combine(DU8(), hn::Combine(DH8(), b3, b2), hn::Combine(DH8(), b1, b0));
 }
 
@@ -270,7 +273,7 @@ int hueRow(const Kel8u* const src[4], Kel8u* const dst[4], int width)
         loadChannels<SrcPitch>(src, x, a0, a1, a2, a3);
         if constexpr (Alpha == HueAlpha::Copy && SrcPitch == 1) a3 = hn::LoadU(du8, src[3] + x);
         if constexpr (swapIn) std::swap(a0, a2);
-        VF o0[4], o1[4], o2[4];
+        VI o0[4], o1[4], o2[4];
         convert<C, Rounding>(quarter<0>(a0), quarter<0>(a1), quarter<0>(a2), o0[0], o1[0], o2[0]);
         convert<C, Rounding>(quarter<1>(a0), quarter<1>(a1), quarter<1>(a2), o0[1], o1[1], o2[1]);
         convert<C, Rounding>(quarter<2>(a0), quarter<2>(a1), quarter<2>(a2), o0[2], o1[2], o2[2]);
