@@ -331,6 +331,47 @@ KEL_API KelResult keliHLSToBGR_8u_P3C3R(const Kel8u* const pSrc[3], int srcStep,
 KEL_API KelResult keliHLSToBGR_8u_C3P3R(const Kel8u* pSrc, int srcStep, Kel8u* const pDst[3], int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- CIE XYZ and LUV (D65) ------------------------------------------------ */
+/* Pixel-order RGB <-> XYZ and RGB <-> LUV at 8u, 16u, 16s and 32f.  No gamma:
+   R, G, B enter the matrix as they stand.  Integer LUV is coded over the type's
+   range (L 0..100, U -134..220, V -140..122); 32f carries natural units.  16s
+   is the 16u coding moved by 32768.  AC4 leaves the fourth element as it was.
+   Rows are shared among threads above 4096 pixels.  Steps are not checked and
+   are cut to whole samples, except in keliRGBToLUV_32f, which honours any byte
+   step. */
+KEL_API KelResult keliRGBToXYZ_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToXYZ_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliXYZToRGB_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToLUV_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliLUVToRGB_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+
 /* ---- repacking among 4:2:2, 4:2:0, 4:1:1 and 16:2:0 ----------------------- */
 /* Luma is copied; chroma copied, repeated, dropped or restacked.  Sizes the
    schemes cannot hold are rounded down silently.  P3 sides take an array of
