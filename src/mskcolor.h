@@ -26,3 +26,31 @@
     void KERNEL(const T* src, T* dst, int width, int pixelStride);
 KEL_HUE_MEMBERS(KEL_HUE_DECLARE_LAYERS)
 #undef KEL_HUE_DECLARE_LAYERS
+
+// The CIE XYZ and LUV members, at 8u, 16u, 16s and 32f.
+// X(C3 public function, AC4 public function, row layer, row kernel, sample type, strides in bytes).
+// Strides reach the row layers in elements, except for the float RGB to LUV
+// members, whose row layer steps byte pointers by the caller's byte stride.
+#define KEL_CIE_MEMBERS(X)                                                                                         \
+    X(keliRGBToXYZ_8u_C3R,  keliRGBToXYZ_8u_AC4R,  myRGBToXYZ_8u_C3R,  innerRGBToXYZ_8u_C3R,  Kel8u,  false)    \
+    X(keliRGBToXYZ_16u_C3R, keliRGBToXYZ_16u_AC4R, myRGBToXYZ_16u_C3R, innerRGBToXYZ_16u_C3R, Kel16u, false)    \
+    X(keliRGBToXYZ_16s_C3R, keliRGBToXYZ_16s_AC4R, myRGBToXYZ_16s_C3R, innerRGBToXYZ_16s_C3R, Kel16s, false)    \
+    X(keliRGBToXYZ_32f_C3R, keliRGBToXYZ_32f_AC4R, myRGBToXYZ_32f_C3R, innerRGBToXYZ_32f_C3R, Kel32f, false)    \
+    X(keliXYZToRGB_8u_C3R,  keliXYZToRGB_8u_AC4R,  myXYZToRGB_8u_C3R,  innerXYZToRGB_8u_C3R,  Kel8u,  false)    \
+    X(keliXYZToRGB_16u_C3R, keliXYZToRGB_16u_AC4R, myXYZToRGB_16u_C3R, innerXYZToRGB_16u_C3R, Kel16u, false)    \
+    X(keliXYZToRGB_16s_C3R, keliXYZToRGB_16s_AC4R, myXYZToRGB_16s_C3R, innerXYZToRGB_16s_C3R, Kel16s, false)    \
+    X(keliXYZToRGB_32f_C3R, keliXYZToRGB_32f_AC4R, myXYZToRGB_32f_C3R, innerXYZToRGB_32f_C3R, Kel32f, false)    \
+    X(keliRGBToLUV_8u_C3R,  keliRGBToLUV_8u_AC4R,  myRGBToLUV_8u_C3R,  innerRGBToLUV_8u_C3R,  Kel8u,  false)    \
+    X(keliRGBToLUV_16u_C3R, keliRGBToLUV_16u_AC4R, myRGBToLUV_16u_C3R, innerRGBToLUV_16u_C3R, Kel16u, false)    \
+    X(keliRGBToLUV_16s_C3R, keliRGBToLUV_16s_AC4R, myRGBToLUV_16s_C3R, innerRGBToLUV_16s_C3R, Kel16s, false)    \
+    X(keliRGBToLUV_32f_C3R, keliRGBToLUV_32f_AC4R, myRGBToLUV_32f_C3R, innerRGBToLUV_32f_C3R, Kel32f, true)     \
+    X(keliLUVToRGB_8u_C3R,  keliLUVToRGB_8u_AC4R,  myLUVToRGB_8u_C3R,  innerLUVToRGB_8u_C3R,  Kel8u,  false)    \
+    X(keliLUVToRGB_16u_C3R, keliLUVToRGB_16u_AC4R, myLUVToRGB_16u_C3R, innerLUVToRGB_16u_C3R, Kel16u, false)    \
+    X(keliLUVToRGB_16s_C3R, keliLUVToRGB_16s_AC4R, myLUVToRGB_16s_C3R, innerLUVToRGB_16s_C3R, Kel16s, false)    \
+    X(keliLUVToRGB_32f_C3R, keliLUVToRGB_32f_AC4R, myLUVToRGB_32f_C3R, innerLUVToRGB_32f_C3R, Kel32f, false)
+
+#define KEL_CIE_DECLARE_LAYERS(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS)                                         \
+    void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride);    \
+    void KERNEL(const T* src, T* dst, int width, int pixelStride);
+KEL_CIE_MEMBERS(KEL_CIE_DECLARE_LAYERS)
+#undef KEL_CIE_DECLARE_LAYERS
