@@ -30,7 +30,7 @@ using namespace kel;
               BYTE_STEPS ? dstStep : elementStride<T>(dstStep), roiSize.width, roiSize.height, PIXEL_STRIDE); \
         return kelOk;                                                                                         \
     }
-#define KEL_CIE_PUBLIC(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS)                                                 \
+#define KEL_CIE_PUBLIC(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS, VECTOR)                                                 \
     KEL_CIE_PUBLIC_ONE(C3, LAYER, T, 3, BYTE_STEPS)                                                           \
     KEL_CIE_PUBLIC_ONE(AC4, LAYER, T, 4, BYTE_STEPS)
 

@@ -1,24 +1,50 @@
 // Row layers of the CIE XYZ and LUV members: rows shared among threads above
 // 4096 pixels, each row handed to its kernel with the pixel stride.
 #include <cstddef>
+#include <type_traits>
 
 #include "callframe.h"
 #include "mskcolor.h"
+#include "mskcolorciesimd.h"
 #include "rowshare.h"
 
 using namespace kel;
 
+namespace {
+
+template <typename T>
+cie::Row8u vectorRow(CieVectorRow which, int pixelStride)
+{
+    if constexpr (std::is_same_v<T, Kel8u>) return cie::chooseRow8u(which, pixelStride);
+    else return nullptr;
+}
+
+// Row y: through the vector row where there is one, else the kernel.
+template <typename T, bool ByteSteps, void (*Kernel)(const T*, T*, int, int)>
+void oneRow(cie::Row8u fast, const T* pSrc, int srcStep, T* pDst, int dstStep, int y, int width, int pixelStride)
+{
+    if constexpr (ByteSteps) {
+        Kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, pixelStride);
+    } else {
+        const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;
+        T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
+        if constexpr (std::is_same_v<T, Kel8u>)
+            if (fast != nullptr) return fast(src, dst, width);
+        Kernel(src, dst, width, pixelStride);
+    }
+}
+
+} // namespace
+
 // Strides are in elements, or in bytes where the member steps bytes (the
-// float RGB to LUV rows may then start at any byte address).
-#define KEL_CIE_ROW_LAYER(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS)                                              \
+// float RGB to LUV rows may then start at any byte address).  A member with a
+// vector row hands it every row (it finishes its rows itself).
+#define KEL_CIE_ROW_LAYER(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS, VECTOR)                                      \
     void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride)     \
     {                                                                                                         \
+        const cie::Row8u fast = vectorRow<T>(CieVectorRow::VECTOR, pixelStride);                             \
         shareRowsAboveThreshold(width, height, [=](int y) {                                                   \
-            if constexpr (BYTE_STEPS)                                                                         \
-                KERNEL(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, pixelStride);                 \
-            else                                                                                              \
-                KERNEL(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y,                                       \
-                       pDst + static_cast<std::ptrdiff_t>(dstStep) * y, width, pixelStride);                  \
+            oneRow<T, BYTE_STEPS, KERNEL>(fast, pSrc, srcStep, pDst, dstStep, y, width, pixelStride);         \
         });                                                                                                   \
     }
 

@@ -10,6 +10,7 @@
 #include "cbcrpx.h"
 #include "hueconv.h"
 #include "mskcolor.h"
+#include "mskcolorciesimd.h"
 
 using namespace kel;
 using hue::Coding;
@@ -336,3 +337,11 @@ KEL_CIE_KERNEL(innerLUVToRGB_16s_C3R, Kel16s, luvToRGB)
 KEL_CIE_KERNEL(innerLUVToRGB_32f_C3R, Kel32f, luvToRGB)
 
 #undef KEL_CIE_KERNEL
+
+// The 8-bit XYZ kernels on rows of C3 and AC4 pixels, for the vector rows' tails.
+namespace kel::cie {
+void rgbToXYZRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 3); }
+void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 4); }
+void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 3); }
+void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 4); }
+} // namespace kel::cie

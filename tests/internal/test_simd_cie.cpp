@@ -1,0 +1,100 @@
+// The vector rows of the 8-bit XYZ members against their scalar kernels,
+// byte for byte, on every SIMD target this processor runs: every input
+// colour both ways, C3 and AC4 (the fourth byte kept), every width up to 70
+// and a few wide ones, in place.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "kelcc.h"
+#include "mskcolor.h"
+#include "mskcolorciesimd.h"
+#include "support/targets.h"
+
+namespace {
+
+using namespace kel::cie;
+
+struct Member {
+    const char* name;
+    CieVectorRow which;
+    int pitch;
+    void (*kernel)(const Kel8u*, Kel8u*, int, int);
+};
+
+const Member kMembers[] = {
+    {"RGBToXYZ C3", CieVectorRow::RGBToXYZ8u, 3, innerRGBToXYZ_8u_C3R},
+    {"RGBToXYZ AC4", CieVectorRow::RGBToXYZ8u, 4, innerRGBToXYZ_8u_C3R},
+    {"XYZToRGB C3", CieVectorRow::XYZToRGB8u, 3, innerXYZToRGB_8u_C3R},
+    {"XYZToRGB AC4", CieVectorRow::XYZToRGB8u, 4, innerXYZToRGB_8u_C3R},
+};
+
+TEST(SimdCie, EveryTargetHasItsRows)
+{
+    for (const Member& m : kMembers) {
+        const auto chosen = kt::chosenOnEveryTarget([&] { return chooseRow8u(m.which, m.pitch); });
+#if KELCC_SIMD
+        EXPECT_EQ(chosen.targets, chosen.distinct()) << m.name;
+        EXPECT_EQ(0u, chosen.kernels.count(nullptr)) << m.name;
+#else
+        EXPECT_EQ(1u, chosen.kernels.count(nullptr)) << m.name;
+#endif
+    }
+    EXPECT_EQ(nullptr, chooseRow8u(CieVectorRow::None, 3));
+}
+
+TEST(SimdCie, RowsMatchTheKernelsAtEveryWidthAndInPlace)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (const Member& m : kMembers) {
+            const Row8u row = chooseRow8u(m.which, m.pitch);
+            if (row == nullptr) continue;
+            for (int width : kt::simdTestWidths()) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width));
+                std::vector<Kel8u> src(static_cast<std::size_t>(m.pitch) * width + 40), fast(src.size());
+                for (auto& b : src) b = static_cast<Kel8u>(gen());
+                for (auto& b : fast) b = static_cast<Kel8u>(gen());
+                std::vector<Kel8u> exact = fast;
+                row(src.data(), fast.data(), width);
+                m.kernel(src.data(), exact.data(), width, m.pitch);
+                ASSERT_TRUE(fast == exact) << target << ", " << m.name << ", width " << width;
+
+                std::vector<Kel8u> inPlace = src, inPlaceExact = src;
+                row(inPlace.data(), inPlace.data(), width);
+                m.kernel(inPlaceExact.data(), inPlaceExact.data(), width, m.pitch);
+                ASSERT_TRUE(inPlace == inPlaceExact) << target << ", " << m.name << " in place, width " << width;
+            }
+        }
+    });
+}
+
+TEST(SimdCie, EveryInputColourBothWays)
+{
+    const int width = 1 << 24;
+    for (const Member& m : kMembers) {
+        std::vector<Kel8u> src(static_cast<std::size_t>(m.pitch) * width);
+        for (int p = 0; p < width; ++p) {
+            src[static_cast<std::size_t>(m.pitch) * p] = static_cast<Kel8u>(p >> 16);
+            src[static_cast<std::size_t>(m.pitch) * p + 1] = static_cast<Kel8u>(p >> 8);
+            src[static_cast<std::size_t>(m.pitch) * p + 2] = static_cast<Kel8u>(p);
+            if (m.pitch == 4) src[4 * static_cast<std::size_t>(p) + 3] = static_cast<Kel8u>(p * 7);
+        }
+        std::vector<Kel8u> exact(src.size(), 0x3C);
+        m.kernel(src.data(), exact.data(), width, m.pitch);
+        kt::forEachSimdTarget([&](const std::string& target) {
+            const Row8u row = chooseRow8u(m.which, m.pitch);
+            if (row == nullptr) return;
+            std::vector<Kel8u> fast(src.size(), 0x3C);
+            row(src.data(), fast.data(), width);
+            std::size_t bad = 0, first = 0;
+            for (std::size_t i = 0; i < fast.size(); ++i)
+                if (fast[i] != exact[i] && bad++ == 0) first = i;
+            EXPECT_EQ(0u, bad) << target << ", " << m.name << ": first at byte " << first;
+        });
+    }
+}
+
+} // namespace
