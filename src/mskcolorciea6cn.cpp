@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "callframe.h"
+#include "fallbacks.h"
 #include "mskcolor.h"
 #include "mskcolorciesimd.h"
 #include "rowshare.h"
@@ -19,17 +20,28 @@ cie::Row8u vectorRow(CieVectorRow which, int pixelStride)
     else return nullptr;
 }
 
+template <typename T>
+auto vectorRowOf(CieVectorRow which, int pixelStride)
+{
+    if constexpr (std::is_same_v<T, Kel32f>) return cie::chooseRow32f(which, pixelStride);
+    else return vectorRow<T>(which, pixelStride);
+}
+
 // Row y: through the vector row where there is one, else the kernel.
-template <typename T, bool ByteSteps, void (*Kernel)(const T*, T*, int, int)>
-void oneRow(cie::Row8u fast, const T* pSrc, int srcStep, T* pDst, int dstStep, int y, int width, int pixelStride)
+template <typename T, bool ByteSteps, void (*Kernel)(const T*, T*, int, int), typename Fast>
+void oneRow(Fast fast, FallbackTally& tally, const T* pSrc, int srcStep, T* pDst, int dstStep, int y, int width,
+            int pixelStride)
 {
     if constexpr (ByteSteps) {
         Kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, pixelStride);
     } else {
         const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;
         T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
-        if constexpr (std::is_same_v<T, Kel8u>)
+        if constexpr (std::is_same_v<T, Kel8u>) {
             if (fast != nullptr) return fast(src, dst, width);
+        } else if constexpr (std::is_same_v<T, Kel32f>) {
+            if (fast != nullptr) return tally.add(fast(src, dst, width));
+        }
         Kernel(src, dst, width, pixelStride);
     }
 }
@@ -42,9 +54,10 @@ void oneRow(cie::Row8u fast, const T* pSrc, int srcStep, T* pDst, int dstStep, i
 #define KEL_CIE_ROW_LAYER(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS, VECTOR)                                      \
     void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride)     \
     {                                                                                                         \
-        const cie::Row8u fast = vectorRow<T>(CieVectorRow::VECTOR, pixelStride);                             \
-        shareRowsAboveThreshold(width, height, [=](int y) {                                                   \
-            oneRow<T, BYTE_STEPS, KERNEL>(fast, pSrc, srcStep, pDst, dstStep, y, width, pixelStride);         \
+        const auto fast = vectorRowOf<T>(CieVectorRow::VECTOR, pixelStride);                                  \
+        FallbackTally tally;                                                                                  \
+        shareRowsAboveThreshold(width, height, [=, &tally](int y) {                                           \
+            oneRow<T, BYTE_STEPS, KERNEL>(fast, tally, pSrc, srcStep, pDst, dstStep, y, width, pixelStride);  \
         });                                                                                                   \
     }
 

@@ -344,4 +344,13 @@ void rgbToXYZRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_
 void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 4); }
 void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 3); }
 void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 4); }
+
+void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
+{
+    for (int i = 0; pixels != 0; ++i, pixels >>= 1)
+        if ((pixels & 1) != 0) {
+            if (forward) innerRGBToXYZ_32f_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+            else innerXYZToRGB_32f_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+        }
+}
 } // namespace kel::cie

@@ -7,10 +7,24 @@
 // no pair holds -32768 twice, so the sums are the scalar ones; the results lie
 // within -600..800 and the pack saturates them to 0..255, as the scalar
 // kernels' chop and compares do.
+//
+// Floats: the scalar kernels sum (w0 c0 + w1 c1) + w2 c2 in the extended
+// type and round to a float at the store, with clamps to 0..1 where the
+// member has them, decided on the extended sum.  In doubles each product of
+// two floats is exact, and the two additions err by at most 2^-53 of their
+// results, so the double sum lies within E = 2^-51 (|w0 c0| + |w1 c1| +
+// |w2 c2|) of the extended one (whose own two roundings are 2^-11 of that).
+// Where s - 2E and s + 2E round to the same float (and lie on one side of
+// each clamp bound), the extended sum rounds to it too.  Where both additions
+// were exact (Knuth's two-sum errors zero) the double sum is the extended sum
+// itself, decided even on a float midpoint.  Anything else, NaN and the
+// infinities included, goes to the scalar kernel.
 #include "mskcolorciesimd.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 
 #include "simd.h"
 
@@ -98,6 +112,116 @@ void rgbToXYZ4(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<4>, In
 void xyzToRGB3(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<3>, InPixelOrder<3>, Inverse, xyzToRGBRow8u3>(s, d, w); }
 void xyzToRGB4(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<4>, InPixelOrder<4>, Inverse, xyzToRGBRow8u4>(s, d, w); }
 
+// ---- floats ---------------------------------------------------------------------------------
+
+using DD = hn::ScalableTag<double>;
+using VD = hn::Vec<DD>;
+using MD = hn::Mask<DD>;
+
+struct FloatRow {
+    Kel32f w0, w1, w2;
+    bool clamped;
+};
+
+HWY_INLINE VD sumError(VD a, VD b, VD sum)
+{
+    const VD bPart = hn::Sub(sum, a);
+    return hn::Add(hn::Sub(a, hn::Sub(sum, bPart)), hn::Sub(b, bPart));
+}
+
+// One output of a vector of pixels: the float result, and the lanes the
+// bound leaves undecided added to `refuse`.  The two-sum test runs only for
+// a vector with an undecided lane.
+template <class DF>
+HWY_INLINE hn::Vec<DF> floatChannel(DF df, const FloatRow& w, VD c0, VD c1, VD c2, MD& refuse)
+{
+    const DD dd;
+    const VD p0 = hn::Mul(hn::Set(dd, w.w0), c0), p1 = hn::Mul(hn::Set(dd, w.w1), c1), p2 = hn::Mul(hn::Set(dd, w.w2), c2);
+    const VD s1 = hn::Add(p0, p1), s = hn::Add(s1, p2);
+    const VD e2 = hn::Mul(hn::Add(hn::Add(hn::Abs(p0), hn::Abs(p1)), hn::Abs(p2)), hn::Set(dd, 0x1p-50));
+    const VD zero = hn::Zero(dd), one = hn::Set(dd, 1.0);
+    const VD below = hn::Sub(s, e2), above = hn::Add(s, e2);
+    VD result = s;
+    MD decided = hn::Eq(hn::PromoteTo(dd, hn::DemoteTo(df, below)), hn::PromoteTo(dd, hn::DemoteTo(df, above)));
+    if (w.clamped) {
+        result = hn::IfThenElse(hn::Lt(s, zero), zero, hn::IfThenElse(hn::Ge(s, one), one, s));
+        // Both ends inside 0..1, or both clamped to one end: the extended
+        // sum clamps alike.
+        const MD inside = hn::And(hn::Ge(below, zero), hn::Lt(above, one));
+        const MD clampedAway = hn::Or(hn::Lt(above, zero), hn::Ge(below, one));
+        decided = hn::Or(hn::And(inside, decided), clampedAway);
+    }
+    MD undecided = hn::Not(decided);
+    if (!hn::AllFalse(dd, undecided)) {
+        const MD exact = hn::And(hn::Eq(sumError(p0, p1, s1), zero), hn::Eq(sumError(s1, p2, s), zero));
+        undecided = hn::AndNot(exact, undecided);
+    }
+    // A non-finite bound is never decided (a NaN sum fails every test above).
+    const MD finite = hn::Lt(e2, hn::Set(dd, std::numeric_limits<double>::infinity()));
+    refuse = hn::Or(refuse, hn::Or(undecided, hn::Not(finite)));
+    return hn::DemoteTo(df, result);
+}
+
+HWY_INLINE std::uint64_t maskBits(MD m)
+{
+    std::uint8_t bytes[8] = {};
+    hn::StoreMaskBits(DD(), m, bytes);
+    std::uint64_t bits;
+    std::memcpy(&bits, bytes, sizeof bits);
+    return bits;
+}
+
+template <bool Forward, int Pitch>
+std::int64_t floatRow(const Kel32f* src, Kel32f* dst, int width)
+{
+    static constexpr FloatRow kForward[3] = {{0.412453f, 0.35758f, 0.180423f, false},
+                                             {0.212671f, 0.71516f, 0.072169f, false},
+                                             {0.019334f, 0.119193f, 0.950227f, true}};
+    static constexpr FloatRow kInverse[3] = {{3.240479f, -1.53715f, -0.498535f, true},
+                                             {-0.969256f, 1.875991f, 0.041556f, true},
+                                             {0.055648f, -0.204043f, 1.057311f, true}};
+    const FloatRow* rows = Forward ? kForward : kInverse;
+    const DD dd;
+    const hn::Rebind<float, DD> df;
+    const int lanes = static_cast<int>(hn::Lanes(dd));
+    std::int64_t refusedCount = 0;
+    int x = 0;
+    for (; x + lanes <= width; x += lanes) {
+        hn::Vec<decltype(df)> a, b, c, d;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(df, src + 3 * x, a, b, c);
+        else hn::LoadInterleaved4(df, src + 4 * x, a, b, c, d);
+        const VD c0 = hn::PromoteTo(dd, a), c1 = hn::PromoteTo(dd, b), c2 = hn::PromoteTo(dd, c);
+        MD refuse = hn::Lt(c0, c0);  // no lane yet
+        const auto o0 = floatChannel(df, rows[0], c0, c1, c2, refuse);
+        const auto o1 = floatChannel(df, rows[1], c0, c1, c2, refuse);
+        const auto o2 = floatChannel(df, rows[2], c0, c1, c2, refuse);
+        const bool anyRefused = !hn::AllFalse(dd, refuse);
+        HWY_ALIGN Kel32f kept[4 * 16];  // the step's source, before an in-place store
+        if (anyRefused) {
+            if constexpr (Pitch == 3) hn::StoreInterleaved3(a, b, c, df, kept);
+            else hn::StoreInterleaved4(a, b, c, d, df, kept);
+        }
+        if constexpr (Pitch == 3) {
+            hn::StoreInterleaved3(o0, o1, o2, df, dst + 3 * x);
+        } else {
+            hn::Vec<decltype(df)> k0, k1, k2, alpha;
+            hn::LoadInterleaved4(df, dst + 4 * x, k0, k1, k2, alpha);
+            hn::StoreInterleaved4(o0, o1, o2, alpha, df, dst + 4 * x);
+        }
+        if (anyRefused) {
+            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
+            xyzPixels32f(Forward, kept, dst + Pitch * x, maskBits(refuse), Pitch);
+        }
+    }
+    if (x < width) xyzPixels32f(Forward, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    return refusedCount;
+}
+
+std::int64_t rgbToXYZ32f3(const Kel32f* s, Kel32f* d, int w) { return floatRow<true, 3>(s, d, w); }
+std::int64_t rgbToXYZ32f4(const Kel32f* s, Kel32f* d, int w) { return floatRow<true, 4>(s, d, w); }
+std::int64_t xyzToRGB32f3(const Kel32f* s, Kel32f* d, int w) { return floatRow<false, 3>(s, d, w); }
+std::int64_t xyzToRGB32f4(const Kel32f* s, Kel32f* d, int w) { return floatRow<false, 4>(s, d, w); }
+
 } // namespace HWY_NAMESPACE
 } // namespace kel::cie
 HWY_AFTER_NAMESPACE();
@@ -109,6 +233,22 @@ HWY_EXPORT(rgbToXYZ3);
 HWY_EXPORT(rgbToXYZ4);
 HWY_EXPORT(xyzToRGB3);
 HWY_EXPORT(xyzToRGB4);
+HWY_EXPORT(rgbToXYZ32f3);
+HWY_EXPORT(rgbToXYZ32f4);
+HWY_EXPORT(xyzToRGB32f3);
+HWY_EXPORT(xyzToRGB32f4);
+
+Row32f chooseRow32f(CieVectorRow which, int pixelStride)
+{
+    detectSimdTargets();
+    switch (which) {
+    case CieVectorRow::RGBToXYZ32f:
+        return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f4);
+    case CieVectorRow::XYZToRGB32f:
+        return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB32f3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB32f4);
+    default: return nullptr;
+    }
+}
 
 Row8u chooseRow8u(CieVectorRow which, int pixelStride)
 {
@@ -128,6 +268,11 @@ Row8u chooseRow8u(CieVectorRow which, int pixelStride)
 namespace kel::cie {
 
 Row8u chooseRow8u(CieVectorRow, int)
+{
+    return nullptr;
+}
+
+Row32f chooseRow32f(CieVectorRow, int)
 {
     return nullptr;
 }

@@ -1,6 +1,9 @@
-// Vector rows of the 8-bit XYZ members: the fixed-point sums of the scalar
-// kernels in 16-bit multiply-adds, the same bytes.  Chosen once a call.
+// Vector rows of the XYZ members: at 8u the fixed-point sums of the scalar
+// kernels in 16-bit multiply-adds, at 32f the sums in doubles under a derived
+// bound; the same bytes as the scalar kernels.  Chosen once a call.
 #pragma once
+
+#include <cstdint>
 
 #include "kelcc.h"
 #include "mskcolor.h"
@@ -12,6 +15,16 @@ using Row8u = void (*)(const Kel8u* src, Kel8u* dst, int width);
 
 // The vector row of a member, or null (no vector row, or no SIMD).
 Row8u chooseRow8u(CieVectorRow which, int pixelStride);
+
+// The float XYZ rows: whole vector steps in double lanes under a derived
+// bound, any pixel the bound cannot decide and the tail by the scalar
+// kernel; returns the pixels the bound refused.
+using Row32f = std::int64_t (*)(const Kel32f* src, Kel32f* dst, int width);
+Row32f chooseRow32f(CieVectorRow which, int pixelStride);
+
+// The scalar kernel on the pixels of one vector step whose bit is set in
+// `pixels` (pixel i at src + i * pixelStride), and on a row's last pixels.
+void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
 
 // The scalar kernels on a row of C3 or AC4 pixels, which finish the vector
 // rows' tails.

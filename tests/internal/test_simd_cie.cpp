@@ -4,7 +4,10 @@
 // and a few wide ones, in place.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <random>
 #include <string>
 #include <vector>
@@ -95,6 +98,94 @@ TEST(SimdCie, EveryInputColourBothWays)
             EXPECT_EQ(0u, bad) << target << ", " << m.name << ": first at byte " << first;
         });
     }
+}
+
+// Float samples of every kind: in 0..1, a little outside it, exact binary
+// fractions (sums that are exact, float midpoints among them), values whose
+// sums land near 0 and 1, huge and tiny values, NaN and the infinities.
+std::vector<Kel32f> floatSamples(std::size_t n, std::mt19937& gen)
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const float specials[] = {0.0f, -0.0f, 1.0f, 0.5f, 1e-30f, -1e-30f, 3e38f, -3e38f, inf, -inf,
+                              std::numeric_limits<float>::quiet_NaN(), 1e-45f};
+    std::vector<Kel32f> v(n);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f), wide(-2.0f, 2.0f);
+    for (auto& x : v) {
+        switch (gen() % 8) {
+        case 0: x = wide(gen); break;
+        case 1: x = static_cast<float>(gen() % 257) / 256; break;
+        case 2: x = static_cast<float>(gen() % 65537) / 65536; break;
+        case 3: x = specials[gen() % 12]; break;
+        case 4: x = std::nextafter(1.0f, static_cast<float>(gen() % 2)); break;
+        default: x = unit(gen); break;
+        }
+    }
+    return v;
+}
+
+bool sameBits(const std::vector<Kel32f>& a, const std::vector<Kel32f>& b)
+{
+    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Kel32f)) == 0;
+}
+
+struct FloatMember {
+    const char* name;
+    CieVectorRow which;
+    int pitch;
+    void (*kernel)(const Kel32f*, Kel32f*, int, int);
+};
+
+const FloatMember kFloatMembers[] = {
+    {"RGBToXYZ 32f C3", CieVectorRow::RGBToXYZ32f, 3, innerRGBToXYZ_32f_C3R},
+    {"RGBToXYZ 32f AC4", CieVectorRow::RGBToXYZ32f, 4, innerRGBToXYZ_32f_C3R},
+    {"XYZToRGB 32f C3", CieVectorRow::XYZToRGB32f, 3, innerXYZToRGB_32f_C3R},
+    {"XYZToRGB 32f AC4", CieVectorRow::XYZToRGB32f, 4, innerXYZToRGB_32f_C3R},
+};
+
+TEST(SimdCie, FloatRowsMatchTheKernels)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (const FloatMember& m : kFloatMembers) {
+            const Row32f row = chooseRow32f(m.which, m.pitch);
+#if KELCC_SIMD
+            ASSERT_NE(nullptr, row) << target;
+#else
+            if (row == nullptr) return;
+#endif
+            for (int width : kt::simdTestWidths({5000})) {
+                std::mt19937 gen(static_cast<std::uint32_t>(width + 17 * m.pitch));
+                const std::vector<Kel32f> src = floatSamples(static_cast<std::size_t>(m.pitch) * width + 9, gen);
+                std::vector<Kel32f> fast(src.size());
+                for (auto& x : fast) x = static_cast<Kel32f>(gen() % 100);
+                std::vector<Kel32f> exact = fast;
+                row(src.data(), fast.data(), width);
+                m.kernel(src.data(), exact.data(), width, m.pitch);
+                ASSERT_TRUE(sameBits(fast, exact)) << target << ", " << m.name << ", width " << width;
+
+                std::vector<Kel32f> inPlace = src, inPlaceExact = src;
+                row(inPlace.data(), inPlace.data(), width);
+                m.kernel(inPlaceExact.data(), inPlaceExact.data(), width, m.pitch);
+                ASSERT_TRUE(sameBits(inPlace, inPlaceExact)) << target << ", " << m.name << " in place, width " << width;
+            }
+        }
+    });
+}
+
+// Ordinary colours are almost never refused.
+TEST(SimdCie, FewFloatPixelsAreRefused)
+{
+    kt::forEachSimdTarget([&](const std::string& target) {
+        for (const FloatMember& m : kFloatMembers) {
+            const Row32f row = chooseRow32f(m.which, m.pitch);
+            if (row == nullptr) return;
+            std::mt19937 gen(9);
+            std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+            const int width = 1 << 16;
+            std::vector<Kel32f> src(static_cast<std::size_t>(m.pitch) * width), dst(src.size());
+            for (auto& x : src) x = unit(gen);
+            EXPECT_LT(row(src.data(), dst.data(), width), width / 1000) << target << ", " << m.name;
+        }
+    });
 }
 
 } // namespace
