@@ -37,11 +37,8 @@ void oneRow(Fast fast, FallbackTally& tally, const T* pSrc, int srcStep, T* pDst
     } else {
         const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;
         T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;
-        if constexpr (std::is_same_v<T, Kel8u>) {
-            if (fast != nullptr) return fast(src, dst, width);
-        } else if constexpr (std::is_same_v<T, Kel32f>) {
+        if constexpr (std::is_same_v<T, Kel8u> || std::is_same_v<T, Kel32f>)
             if (fast != nullptr) return tally.add(fast(src, dst, width));
-        }
         Kernel(src, dst, width, pixelStride);
     }
 }

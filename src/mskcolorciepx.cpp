@@ -2,6 +2,7 @@
 // (16-bit fixed point at 8u, the extended type elsewhere) and RGB <-> LUV on
 // top of it.  No gamma: R, G, B enter the matrix as they stand.  Each kernel
 // reads a pixel before writing it, so conversions in place work.
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <type_traits>
@@ -340,10 +341,27 @@ KEL_CIE_KERNEL(innerLUVToRGB_32f_C3R, Kel32f, luvToRGB)
 
 // The 8-bit XYZ kernels on rows of C3 and AC4 pixels, for the vector rows' tails.
 namespace kel::cie {
+namespace {
+constexpr std::array<std::int32_t, 256> widened(const std::uint8_t (&table)[256])
+{
+    std::array<std::int32_t, 256> wide{};
+    for (int i = 0; i < 256; ++i) wide[i] = table[i];
+    return wide;
+}
+constexpr std::array<std::int32_t, 256> kCodedL = widened(powL);
+} // namespace
+const std::int32_t* const codedL = kCodedL.data();
+
 void rgbToXYZRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 3); }
 void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 4); }
 void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 3); }
 void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 4); }
+
+void luvPixels8u(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride)
+{
+    for (int i = 0; pixels != 0; ++i, pixels >>= 1)
+        if ((pixels & 1) != 0) innerRGBToLUV_8u_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+}
 
 void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
 {

@@ -107,10 +107,17 @@ constexpr Weights kToR{212368, -100738, -32671}, kToG{-63521, 122944, 2723}, kTo
 using Forward = Matrix<kToX, kToY, kToZ>;
 using Inverse = Matrix<kToR, kToG, kToB>;
 
-void rgbToXYZ3(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<3>, InPixelOrder<3>, Forward, rgbToXYZRow8u3>(s, d, w); }
-void rgbToXYZ4(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<4>, InPixelOrder<4>, Forward, rgbToXYZRow8u4>(s, d, w); }
-void xyzToRGB3(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<3>, InPixelOrder<3>, Inverse, xyzToRGBRow8u3>(s, d, w); }
-void xyzToRGB4(const Kel8u* s, Kel8u* d, int w) { convertRow<InPixelOrder<4>, InPixelOrder<4>, Inverse, xyzToRGBRow8u4>(s, d, w); }
+template <int Pitch, class M, auto Tail>
+std::int64_t matrixRow(const Kel8u* s, Kel8u* d, int w)
+{
+    convertRow<InPixelOrder<Pitch>, InPixelOrder<Pitch>, M, Tail>(s, d, w);
+    return 0;
+}
+
+std::int64_t rgbToXYZ3(const Kel8u* s, Kel8u* d, int w) { return matrixRow<3, Forward, rgbToXYZRow8u3>(s, d, w); }
+std::int64_t rgbToXYZ4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, Forward, rgbToXYZRow8u4>(s, d, w); }
+std::int64_t xyzToRGB3(const Kel8u* s, Kel8u* d, int w) { return matrixRow<3, Inverse, xyzToRGBRow8u3>(s, d, w); }
+std::int64_t xyzToRGB4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, Inverse, xyzToRGBRow8u4>(s, d, w); }
 
 // ---- floats ---------------------------------------------------------------------------------
 
@@ -222,6 +229,81 @@ std::int64_t rgbToXYZ32f4(const Kel32f* s, Kel32f* d, int w) { return floatRow<t
 std::int64_t xyzToRGB32f3(const Kel32f* s, Kel32f* d, int w) { return floatRow<false, 3>(s, d, w); }
 std::int64_t xyzToRGB32f4(const Kel32f* s, Kel32f* d, int w) { return floatRow<false, 4>(s, d, w); }
 
+// ---- 8-bit RGB to LUV ----------------------------------------------------------------------
+//
+// X, Y and Z are sums of products of floats (lowest bit at least 2^-29) and
+// bytes, below 2^9: exact in doubles as in the extended type, and so is
+// c + Y and the coded luminance Y8 = trunc(c + Y).  Then Xn, Yn, Zn, d, u and
+// v each take one rounding per operation on positive terms (u at most 4), so
+// u - un and v - vn are within 2^-48 of the extended values; times the
+// coded-L factor (at most 937, exact) and plus the offset, U and V are within
+// 2^-36.  A U or V within 2^-30 of an integer goes to the scalar kernel.
+template <int Pitch>
+std::int64_t luvRow8u(const Kel8u* src, Kel8u* dst, int width)
+{
+    const DD dd;
+    const hn::Rebind<std::int32_t, DD> di;
+    const hn::Rebind<std::uint8_t, DD> d8;
+    const int lanes = static_cast<int>(hn::Lanes(dd));
+    const auto weight = [&](float w) { return hn::Set(dd, static_cast<double>(w)); };
+    const VD xr = weight(0.412453f), xg = weight(0.35758f), xb = weight(0.180423f);
+    const VD yr = weight(0.212671f), yg = weight(0.71516f), yb = weight(0.072169f);
+    const VD zr = weight(0.019334f), zg = weight(0.119193f), zb = weight(0.950227f);
+    const VD c = weight(0.4999989867210388f), k255 = hn::Set(dd, 255.0);
+    const VD un = weight(0.197839f), vn = weight(0.468342f);
+    const VD uScale = weight(3.6723163f), vScale = weight(4.961832f);
+    const VD uOffset = weight(97.02543f), vOffset = weight(136.75955f);
+    const VD guard = hn::Set(dd, 0x1p-30), zero = hn::Zero(dd);
+    std::int64_t refusedCount = 0;
+    int x = 0;
+    for (; x + lanes <= width; x += lanes) {
+        hn::Vec<decltype(d8)> r8, g8, b8, a8;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(d8, src + 3 * x, r8, g8, b8);
+        else hn::LoadInterleaved4(d8, src + 4 * x, r8, g8, b8, a8);
+        const VD R = hn::PromoteTo(dd, hn::PromoteTo(di, r8)), G = hn::PromoteTo(dd, hn::PromoteTo(di, g8)),
+                 B = hn::PromoteTo(dd, hn::PromoteTo(di, b8));
+        const VD X = hn::Add(hn::Add(hn::Mul(xr, R), hn::Mul(xg, G)), hn::Mul(xb, B));
+        const VD Y = hn::Add(hn::Add(hn::Mul(yr, R), hn::Mul(yg, G)), hn::Mul(yb, B));
+        const VD Z = hn::Add(hn::Add(hn::Mul(zr, R), hn::Mul(zg, G)), hn::Mul(zb, B));
+        const auto y8 = hn::DemoteTo(di, hn::Add(c, Y));  // truncates; below 256
+        const VD L8 = hn::PromoteTo(dd, hn::GatherIndex(di, codedL, y8));
+        const VD Xn = hn::Div(X, k255), Yn = hn::Div(Y, k255), Zn = hn::Div(Z, k255);
+        const VD d = hn::Add(hn::Add(hn::Mul(hn::Set(dd, 3.0), Zn), Xn), hn::Mul(hn::Set(dd, 15.0), Yn));
+        const MD dark = hn::Lt(hn::Add(c, Y), hn::Set(dd, 1.0));  // Y8 = 0
+        const VD safeD = hn::IfThenElse(dark, hn::Set(dd, 1.0), d);
+        const VD u = hn::IfThenZeroElse(dark, hn::Div(hn::Mul(hn::Set(dd, 4.0), Xn), safeD));
+        const VD v = hn::IfThenZeroElse(dark, hn::Div(hn::Mul(hn::Set(dd, 9.0), Yn), safeD));
+        const VD U = hn::Add(hn::Mul(hn::Mul(uScale, L8), hn::Sub(u, un)), uOffset);
+        const VD V = hn::Add(hn::Mul(hn::Mul(L8, vScale), hn::Sub(v, vn)), vOffset);
+        const auto near = [&](VD w) { return hn::Lt(hn::Abs(hn::Sub(w, hn::Round(w))), guard); };
+        const MD refuse = hn::Or(near(U), near(V));
+        const auto byte = [&](VD w) { return hn::DemoteTo(d8, hn::DemoteTo(di, hn::Max(w, zero))); };
+        const auto l8 = byte(L8), u8 = byte(U), v8 = byte(V);
+        const bool anyRefused = !hn::AllFalse(dd, refuse);
+        HWY_ALIGN Kel8u kept[4 * 16];  // the step's source, before an in-place store
+        if (anyRefused) {
+            if constexpr (Pitch == 3) hn::StoreInterleaved3(r8, g8, b8, d8, kept);
+            else hn::StoreInterleaved4(r8, g8, b8, a8, d8, kept);
+        }
+        if constexpr (Pitch == 3) {
+            hn::StoreInterleaved3(l8, u8, v8, d8, dst + 3 * x);
+        } else {
+            hn::Vec<decltype(d8)> k0, k1, k2, alpha;
+            hn::LoadInterleaved4(d8, dst + 4 * x, k0, k1, k2, alpha);
+            hn::StoreInterleaved4(l8, u8, v8, alpha, d8, dst + 4 * x);
+        }
+        if (anyRefused) {
+            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
+            luvPixels8u(kept, dst + Pitch * x, maskBits(refuse), Pitch);
+        }
+    }
+    if (x < width) luvPixels8u(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    return refusedCount;
+}
+
+std::int64_t rgbToLUV3(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<3>(s, d, w); }
+std::int64_t rgbToLUV4(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<4>(s, d, w); }
+
 } // namespace HWY_NAMESPACE
 } // namespace kel::cie
 HWY_AFTER_NAMESPACE();
@@ -233,6 +315,8 @@ HWY_EXPORT(rgbToXYZ3);
 HWY_EXPORT(rgbToXYZ4);
 HWY_EXPORT(xyzToRGB3);
 HWY_EXPORT(xyzToRGB4);
+HWY_EXPORT(rgbToLUV3);
+HWY_EXPORT(rgbToLUV4);
 HWY_EXPORT(rgbToXYZ32f3);
 HWY_EXPORT(rgbToXYZ32f4);
 HWY_EXPORT(xyzToRGB32f3);
@@ -256,6 +340,7 @@ Row8u chooseRow8u(CieVectorRow which, int pixelStride)
     switch (which) {
     case CieVectorRow::RGBToXYZ8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ4);
     case CieVectorRow::XYZToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB4);
+    case CieVectorRow::RGBToLUV8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV4);
     default: return nullptr;
     }
 }

@@ -10,8 +10,10 @@
 
 namespace kel::cie {
 
-// A row of `width` pixels, pixel stride 3 or 4 bytes (the fourth byte kept).
-using Row8u = void (*)(const Kel8u* src, Kel8u* dst, int width);
+// A row of `width` pixels, pixel stride 3 or 4 bytes (the fourth byte kept);
+// returns the pixels a bound refused to the scalar kernel (0 for the exact
+// integer rows).
+using Row8u = std::int64_t (*)(const Kel8u* src, Kel8u* dst, int width);
 
 // The vector row of a member, or null (no vector row, or no SIMD).
 Row8u chooseRow8u(CieVectorRow which, int pixelStride);
@@ -25,6 +27,11 @@ Row32f chooseRow32f(CieVectorRow which, int pixelStride);
 // The scalar kernel on the pixels of one vector step whose bit is set in
 // `pixels` (pixel i at src + i * pixelStride), and on a row's last pixels.
 void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
+void luvPixels8u(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride);
+
+// The coded L of each coded luminance, as the 8-bit forward LUV kernel looks
+// it up.
+extern const std::int32_t* const codedL;  // 256 entries
 
 // The scalar kernels on a row of C3 or AC4 pixels, which finish the vector
 // rows' tails.
