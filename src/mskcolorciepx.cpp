@@ -357,10 +357,13 @@ void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_
 void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 3); }
 void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 4); }
 
-void luvPixels8u(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride)
+void luvPixels8u(bool forward, const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride)
 {
     for (int i = 0; pixels != 0; ++i, pixels >>= 1)
-        if ((pixels & 1) != 0) innerRGBToLUV_8u_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+        if ((pixels & 1) != 0) {
+            if (forward) innerRGBToLUV_8u_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+            else innerLUVToRGB_8u_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+        }
 }
 
 void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)

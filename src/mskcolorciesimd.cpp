@@ -294,15 +294,99 @@ std::int64_t luvRow8u(const Kel8u* src, Kel8u* dst, int width)
         }
         if (anyRefused) {
             refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            luvPixels8u(kept, dst + Pitch * x, maskBits(refuse), Pitch);
+            luvPixels8u(true, kept, dst + Pitch * x, maskBits(refuse), Pitch);
         }
     }
-    if (x < width) luvPixels8u(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    if (x < width) luvPixels8u(true, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
 }
 
 std::int64_t rgbToLUV3(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<3>(s, d, w); }
 std::int64_t rgbToLUV4(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<4>(s, d, w); }
+
+// ---- 8-bit LUV to RGB ------------------------------------------------------------------------
+//
+// The extended chain in doubles, one rounding per operation.  Where V / q +
+// vn2 or U / q + un2 cancels to below 2^-10 of its terms the pixel goes to the
+// scalar kernel; elsewhere every quantity is within a few 2^-53 of its
+// extended value relative to the magnitudes it was made of, so R, G and B
+// are within 2^-40 M, M = 3.25 |X| + 1.9 |Y| + 1.06 |Z| + 1, of theirs.  Their
+// truncation and clamps change only at integers: an R, G or B within 2^-36 M
+// of an integer goes to the scalar kernel.  The whole 8-bit input space is
+// checked against the scalar kernel in the tests.
+template <int Pitch>
+std::int64_t luvToRGBRow8u(const Kel8u* src, Kel8u* dst, int width)
+{
+    const DD dd;
+    const hn::Rebind<std::int32_t, DD> di;
+    const hn::Rebind<std::uint8_t, DD> d8;
+    const int lanes = static_cast<int>(hn::Lanes(dd));
+    const auto f = [&](float w) { return hn::Set(dd, static_cast<double>(w)); };
+    const auto n = [&](double w) { return hn::Set(dd, w); };
+    const VD zero = hn::Zero(dd), k255 = n(255);
+    const VD un2 = f(0.19783941f), vn2 = f(0.4683422f), cubicL = f(7.9996247f), kappa = f(903.3f);
+    const VD c = f(0.4999989867210388f);
+    const VD cancel = n(0x1p-10), guard = n(0x1p-36);
+    std::int64_t refusedCount = 0;
+    int x = 0;
+    for (; x + lanes <= width; x += lanes) {
+        hn::Vec<decltype(d8)> l8, u8, v8, a8;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(d8, src + 3 * x, l8, u8, v8);
+        else hn::LoadInterleaved4(d8, src + 4 * x, l8, u8, v8, a8);
+        const VD Lc = hn::PromoteTo(dd, hn::PromoteTo(di, l8)), Uc = hn::PromoteTo(dd, hn::PromoteTo(di, u8)),
+                 Vc = hn::PromoteTo(dd, hn::PromoteTo(di, v8));
+        const MD dark = hn::Eq(Lc, zero);  // L below 9e-5: a coded L of 0 alone
+        const VD L = hn::Div(hn::Mul(Lc, n(100)), k255);
+        const VD U = hn::Sub(hn::Div(hn::Mul(Uc, n(354)), k255), n(134));
+        const VD V = hn::Sub(hn::Div(hn::Mul(Vc, n(262)), k255), n(140));
+        const VD t = hn::Div(hn::Add(n(16), L), n(116));
+        const VD y = hn::IfThenElse(hn::Ge(L, cubicL), hn::Mul(t, hn::Mul(t, t)), hn::Div(L, kappa));
+        const VD Y = hn::Mul(y, k255);
+        const VD q = hn::IfThenElse(dark, n(1), hn::Mul(L, n(13)));
+        const VD vq = hn::Div(V, q), uq = hn::Div(U, q);
+        const VD den = hn::Add(vq, vn2), w = hn::Add(uq, un2);
+        const VD A = hn::Div(Y, den);
+        const VD X = hn::Mul(hn::Mul(n(2.25), A), w);
+        const VD Z = hn::Sub(hn::Sub(hn::Mul(A, n(3)), hn::Mul(n(5), Y)), hn::Div(X, n(3)));
+        const VD R = hn::Add(hn::Add(hn::Mul(f(3.240479f), X), hn::Add(c, hn::Mul(f(-1.53715f), Y))), hn::Mul(f(-0.498535f), Z));
+        const VD G = hn::Add(hn::Add(hn::Mul(f(-0.969256f), X), hn::Add(hn::Mul(f(1.875991f), Y), c)), hn::Mul(f(0.041556f), Z));
+        const VD B = hn::Add(hn::Mul(n(1.057311), Z), hn::Add(hn::Add(hn::Mul(f(0.055648f), X), hn::Mul(f(-0.204043f), Y)), c));
+        const VD M = hn::Add(hn::Add(hn::Mul(n(3.25), hn::Abs(X)), hn::Mul(n(1.9), hn::Abs(Y))),
+                             hn::Add(hn::Mul(n(1.06), hn::Abs(Z)), n(1)));
+        const VD delta = hn::Mul(M, guard);
+        const auto nearInteger = [&](VD v) { return hn::Not(hn::Ge(hn::Abs(hn::Sub(v, hn::Round(v))), delta)); };
+        const MD cancelled = hn::Or(hn::Lt(hn::Abs(den), hn::Mul(hn::Add(hn::Abs(vq), vn2), cancel)),
+                                    hn::Lt(hn::Abs(w), hn::Mul(hn::Add(hn::Abs(uq), un2), cancel)));
+        const MD refuse = hn::AndNot(dark, hn::Or(cancelled, hn::Or(nearInteger(R), hn::Or(nearInteger(G), nearInteger(B)))));
+        const auto byte = [&](VD v) {
+            const VD clamped = hn::IfThenZeroElse(dark, hn::Min(hn::Max(v, zero), k255));
+            return hn::DemoteTo(d8, hn::DemoteTo(di, clamped));
+        };
+        const auto r = byte(R), g = byte(G), b = byte(B);
+        const bool anyRefused = !hn::AllFalse(dd, refuse);
+        HWY_ALIGN Kel8u kept[4 * 16];  // the step's source, before an in-place store
+        if (anyRefused) {
+            if constexpr (Pitch == 3) hn::StoreInterleaved3(l8, u8, v8, d8, kept);
+            else hn::StoreInterleaved4(l8, u8, v8, a8, d8, kept);
+        }
+        if constexpr (Pitch == 3) {
+            hn::StoreInterleaved3(r, g, b, d8, dst + 3 * x);
+        } else {
+            hn::Vec<decltype(d8)> k0, k1, k2, alpha;
+            hn::LoadInterleaved4(d8, dst + 4 * x, k0, k1, k2, alpha);
+            hn::StoreInterleaved4(r, g, b, alpha, d8, dst + 4 * x);
+        }
+        if (anyRefused) {
+            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
+            luvPixels8u(false, kept, dst + Pitch * x, maskBits(refuse), Pitch);
+        }
+    }
+    if (x < width) luvPixels8u(false, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    return refusedCount;
+}
+
+std::int64_t luvToRGB3(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow8u<3>(s, d, w); }
+std::int64_t luvToRGB4(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow8u<4>(s, d, w); }
 
 } // namespace HWY_NAMESPACE
 } // namespace kel::cie
@@ -317,6 +401,8 @@ HWY_EXPORT(xyzToRGB3);
 HWY_EXPORT(xyzToRGB4);
 HWY_EXPORT(rgbToLUV3);
 HWY_EXPORT(rgbToLUV4);
+HWY_EXPORT(luvToRGB3);
+HWY_EXPORT(luvToRGB4);
 HWY_EXPORT(rgbToXYZ32f3);
 HWY_EXPORT(rgbToXYZ32f4);
 HWY_EXPORT(xyzToRGB32f3);
@@ -341,6 +427,7 @@ Row8u chooseRow8u(CieVectorRow which, int pixelStride)
     case CieVectorRow::RGBToXYZ8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ4);
     case CieVectorRow::XYZToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB4);
     case CieVectorRow::RGBToLUV8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV4);
+    case CieVectorRow::LUVToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB3) : &HWY_DYNAMIC_DISPATCH(luvToRGB4);
     default: return nullptr;
     }
 }
