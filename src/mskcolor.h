@@ -33,7 +33,7 @@ KEL_HUE_MEMBERS(KEL_HUE_DECLARE_LAYERS)
 // Strides reach the row layers in elements, except for the float RGB to LUV
 // members, whose row layer steps byte pointers by the caller's byte stride.
 // The vector row, where a member has one, is chosen once a call.
-enum class CieVectorRow { None, RGBToXYZ8u, XYZToRGB8u, RGBToXYZ32f, XYZToRGB32f, RGBToLUV8u, LUVToRGB8u };
+enum class CieVectorRow { None, RGBToXYZ8u, XYZToRGB8u, RGBToXYZ32f, XYZToRGB32f, RGBToLUV8u, LUVToRGB8u, LUVToRGB32f };
 
 #define KEL_CIE_MEMBERS(X)                                                                                               \
     X(keliRGBToXYZ_8u_C3R,  keliRGBToXYZ_8u_AC4R,  myRGBToXYZ_8u_C3R,  innerRGBToXYZ_8u_C3R,  Kel8u,  false, RGBToXYZ8u) \
@@ -51,7 +51,7 @@ enum class CieVectorRow { None, RGBToXYZ8u, XYZToRGB8u, RGBToXYZ32f, XYZToRGB32f
     X(keliLUVToRGB_8u_C3R,  keliLUVToRGB_8u_AC4R,  myLUVToRGB_8u_C3R,  innerLUVToRGB_8u_C3R,  Kel8u,  false, LUVToRGB8u)       \
     X(keliLUVToRGB_16u_C3R, keliLUVToRGB_16u_AC4R, myLUVToRGB_16u_C3R, innerLUVToRGB_16u_C3R, Kel16u, false, None)       \
     X(keliLUVToRGB_16s_C3R, keliLUVToRGB_16s_AC4R, myLUVToRGB_16s_C3R, innerLUVToRGB_16s_C3R, Kel16s, false, None)       \
-    X(keliLUVToRGB_32f_C3R, keliLUVToRGB_32f_AC4R, myLUVToRGB_32f_C3R, innerLUVToRGB_32f_C3R, Kel32f, false, None)
+    X(keliLUVToRGB_32f_C3R, keliLUVToRGB_32f_AC4R, myLUVToRGB_32f_C3R, innerLUVToRGB_32f_C3R, Kel32f, false, LUVToRGB32f)
 
 #define KEL_CIE_DECLARE_LAYERS(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS, VECTOR)                            \
     void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride);    \

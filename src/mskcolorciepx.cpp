@@ -366,6 +366,17 @@ void luvPixels8u(bool forward, const Kel8u* src, Kel8u* dst, std::uint64_t pixel
         }
 }
 
+void luvPixels(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride)
+{
+    luvPixels8u(false, src, dst, pixels, pixelStride);
+}
+
+void luvPixels(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
+{
+    for (int i = 0; pixels != 0; ++i, pixels >>= 1)
+        if ((pixels & 1) != 0) innerLUVToRGB_32f_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+}
+
 void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
 {
     for (int i = 0; pixels != 0; ++i, pixels >>= 1)

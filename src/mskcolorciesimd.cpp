@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "simd.h"
 
@@ -304,89 +305,137 @@ std::int64_t luvRow8u(const Kel8u* src, Kel8u* dst, int width)
 std::int64_t rgbToLUV3(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<3>(s, d, w); }
 std::int64_t rgbToLUV4(const Kel8u* s, Kel8u* d, int w) { return luvRow8u<4>(s, d, w); }
 
-// ---- 8-bit LUV to RGB ------------------------------------------------------------------------
+// ---- LUV to RGB, 8u and 32f ------------------------------------------------------------------
 //
-// The extended chain in doubles, one rounding per operation.  Where V / q +
-// vn2 or U / q + un2 cancels to below 2^-10 of its terms the pixel goes to the
-// scalar kernel; elsewhere every quantity is within a few 2^-53 of its
-// extended value relative to the magnitudes it was made of, so R, G and B
-// are within 2^-40 M, M = 3.25 |X| + 1.9 |Y| + 1.06 |Z| + 1, of theirs.  Their
-// truncation and clamps change only at integers: an R, G or B within 2^-36 M
-// of an integer goes to the scalar kernel.  The whole 8-bit input space is
-// checked against the scalar kernel in the tests.
-template <int Pitch>
-std::int64_t luvToRGBRow8u(const Kel8u* src, Kel8u* dst, int width)
+// The extended chain in doubles, one rounding per operation (every input is
+// exact in a double: a byte's coding of L, U and V takes two more roundings,
+// covered below).  L is positive past the dark test, so 16 + L, t, y, Y and q
+// carry relative errors of at most 10 * 2^-53.  The two sums that may cancel,
+// den = V / q + vn and w = U / q + un, have condition numbers
+// kd = (|V / q| + vn) / |den| and kw = (|U / q| + un) / |w|: den is within
+// (3 kd + 1) 2^-53 of its extended value relatively, A = Y / den within
+// (3 kd + 12) 2^-53, w within (3 kw + 1) 2^-53 and X within
+// (3 kd + 3 kw + 15) 2^-53; Z, a sum of 3A, -5Y and -X/3, is within
+// (3 kd + 3 kw + 20) 2^-53 (3 |A| + 5 |Y| + |X|), and R, G and B within
+// (3 kd + 3 kw + 25) 2^-53 M of the extended sums, M = 4 |X| + 5 |Y| + 2 |A| +
+// |Z|, plus 1 for the addend c of the integer sums; the extended type's own
+// errors are 2^-11 of that.  So the guard is delta = 2^-49 (kd + kw + 9) M,
+// twice what is needed; a condition number above 2^20 goes to the scalar
+// kernel.  The integer results truncate and clamp at integers: an R, G or B
+// within delta of an integer goes to the scalar kernel.  The float results
+// clamp at 0 and 1 and round to a float: both ends of R -+ delta must clamp
+// alike and round to one float.  NaN and infinities fail every test and go
+// to the scalar kernel.
+template <typename T, int Pitch>
+std::int64_t luvToRGBRow(const T* src, T* dst, int width)
 {
+    constexpr bool bytes = std::is_same_v<T, Kel8u>;
     const DD dd;
     const hn::Rebind<std::int32_t, DD> di;
-    const hn::Rebind<std::uint8_t, DD> d8;
+    const hn::Rebind<T, DD> dt;
     const int lanes = static_cast<int>(hn::Lanes(dd));
     const auto f = [&](float w) { return hn::Set(dd, static_cast<double>(w)); };
     const auto n = [&](double w) { return hn::Set(dd, w); };
-    const VD zero = hn::Zero(dd), k255 = n(255);
-    const VD un2 = f(0.19783941f), vn2 = f(0.4683422f), cubicL = f(7.9996247f), kappa = f(903.3f);
-    const VD c = f(0.4999989867210388f);
-    const VD cancel = n(0x1p-10), guard = n(0x1p-36);
+    const VD zero = hn::Zero(dd), one = n(1), k255 = n(255);
+    // The integer kernels' own white point, and 1.057311 as a double there.
+    const VD un = bytes ? f(0.19783941f) : f(0.197839f), vn = bytes ? f(0.4683422f) : f(0.468342f);
+    const VD blueZ = bytes ? n(1.057311) : f(1.057311f), c = bytes ? f(0.4999989867210388f) : zero;
+    const VD cubicL = f(7.9996247f), kappa = f(903.3f), darkL = f(0.00009f);
+    const VD guard = n(0x1p-49), worstCondition = n(0x1p20);
     std::int64_t refusedCount = 0;
     int x = 0;
     for (; x + lanes <= width; x += lanes) {
-        hn::Vec<decltype(d8)> l8, u8, v8, a8;
-        if constexpr (Pitch == 3) hn::LoadInterleaved3(d8, src + 3 * x, l8, u8, v8);
-        else hn::LoadInterleaved4(d8, src + 4 * x, l8, u8, v8, a8);
-        const VD Lc = hn::PromoteTo(dd, hn::PromoteTo(di, l8)), Uc = hn::PromoteTo(dd, hn::PromoteTo(di, u8)),
-                 Vc = hn::PromoteTo(dd, hn::PromoteTo(di, v8));
-        const MD dark = hn::Eq(Lc, zero);  // L below 9e-5: a coded L of 0 alone
-        const VD L = hn::Div(hn::Mul(Lc, n(100)), k255);
-        const VD U = hn::Sub(hn::Div(hn::Mul(Uc, n(354)), k255), n(134));
-        const VD V = hn::Sub(hn::Div(hn::Mul(Vc, n(262)), k255), n(140));
+        hn::Vec<decltype(dt)> l8, u8, v8, a8;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(dt, src + 3 * x, l8, u8, v8);
+        else hn::LoadInterleaved4(dt, src + 4 * x, l8, u8, v8, a8);
+        VD L, U, V;
+        if constexpr (bytes) {
+            L = hn::Div(hn::Mul(hn::PromoteTo(dd, hn::PromoteTo(di, l8)), n(100)), k255);
+            U = hn::Sub(hn::Div(hn::Mul(hn::PromoteTo(dd, hn::PromoteTo(di, u8)), n(354)), k255), n(134));
+            V = hn::Sub(hn::Div(hn::Mul(hn::PromoteTo(dd, hn::PromoteTo(di, v8)), n(262)), k255), n(140));
+        } else {
+            L = hn::PromoteTo(dd, l8);
+            U = hn::PromoteTo(dd, u8);
+            V = hn::PromoteTo(dd, v8);
+        }
+        const MD dark = hn::Lt(L, darkL);  // exact: L and the threshold are doubles of floats or codes far from it
         const VD t = hn::Div(hn::Add(n(16), L), n(116));
         const VD y = hn::IfThenElse(hn::Ge(L, cubicL), hn::Mul(t, hn::Mul(t, t)), hn::Div(L, kappa));
-        const VD Y = hn::Mul(y, k255);
-        const VD q = hn::IfThenElse(dark, n(1), hn::Mul(L, n(13)));
+        const VD Y = bytes ? hn::Mul(y, k255) : y;
+        const VD q = hn::IfThenElse(dark, one, hn::Mul(L, n(13)));
         const VD vq = hn::Div(V, q), uq = hn::Div(U, q);
-        const VD den = hn::Add(vq, vn2), w = hn::Add(uq, un2);
+        const VD den = hn::Add(vq, vn), w = hn::Add(uq, un);
         const VD A = hn::Div(Y, den);
         const VD X = hn::Mul(hn::Mul(n(2.25), A), w);
         const VD Z = hn::Sub(hn::Sub(hn::Mul(A, n(3)), hn::Mul(n(5), Y)), hn::Div(X, n(3)));
-        const VD R = hn::Add(hn::Add(hn::Mul(f(3.240479f), X), hn::Add(c, hn::Mul(f(-1.53715f), Y))), hn::Mul(f(-0.498535f), Z));
-        const VD G = hn::Add(hn::Add(hn::Mul(f(-0.969256f), X), hn::Add(hn::Mul(f(1.875991f), Y), c)), hn::Mul(f(0.041556f), Z));
-        const VD B = hn::Add(hn::Mul(n(1.057311), Z), hn::Add(hn::Add(hn::Mul(f(0.055648f), X), hn::Mul(f(-0.204043f), Y)), c));
-        const VD M = hn::Add(hn::Add(hn::Mul(n(3.25), hn::Abs(X)), hn::Mul(n(1.9), hn::Abs(Y))),
-                             hn::Add(hn::Mul(n(1.06), hn::Abs(Z)), n(1)));
-        const VD delta = hn::Mul(M, guard);
-        const auto nearInteger = [&](VD v) { return hn::Not(hn::Ge(hn::Abs(hn::Sub(v, hn::Round(v))), delta)); };
-        const MD cancelled = hn::Or(hn::Lt(hn::Abs(den), hn::Mul(hn::Add(hn::Abs(vq), vn2), cancel)),
-                                    hn::Lt(hn::Abs(w), hn::Mul(hn::Add(hn::Abs(uq), un2), cancel)));
-        const MD refuse = hn::AndNot(dark, hn::Or(cancelled, hn::Or(nearInteger(R), hn::Or(nearInteger(G), nearInteger(B)))));
-        const auto byte = [&](VD v) {
-            const VD clamped = hn::IfThenZeroElse(dark, hn::Min(hn::Max(v, zero), k255));
-            return hn::DemoteTo(d8, hn::DemoteTo(di, clamped));
-        };
-        const auto r = byte(R), g = byte(G), b = byte(B);
+        VD R, G, B;
+        if constexpr (bytes) {
+            R = hn::Add(hn::Add(hn::Mul(f(3.240479f), X), hn::Add(c, hn::Mul(f(-1.53715f), Y))), hn::Mul(f(-0.498535f), Z));
+            G = hn::Add(hn::Add(hn::Mul(f(-0.969256f), X), hn::Add(hn::Mul(f(1.875991f), Y), c)), hn::Mul(f(0.041556f), Z));
+            B = hn::Add(hn::Mul(blueZ, Z), hn::Add(hn::Add(hn::Mul(f(0.055648f), X), hn::Mul(f(-0.204043f), Y)), c));
+        } else {
+            R = hn::Add(hn::Add(hn::Mul(f(3.240479f), X), hn::Mul(f(-1.53715f), Y)), hn::Mul(f(-0.498535f), Z));
+            G = hn::Add(hn::Mul(f(0.041556f), Z), hn::Add(hn::Mul(f(-0.969256f), X), hn::Mul(f(1.875991f), Y)));
+            B = hn::Add(hn::Add(hn::Mul(f(0.055648f), X), hn::Mul(f(-0.204043f), Y)), hn::Mul(blueZ, Z));
+        }
+        const VD M = hn::Add(hn::Add(hn::Mul(n(4), hn::Abs(X)), hn::Mul(n(5), hn::Abs(Y))),
+                             hn::Add(hn::Add(hn::Mul(n(2), hn::Abs(A)), hn::Abs(Z)), bytes ? one : zero));
+        const VD kd = hn::Div(hn::Add(hn::Abs(vq), vn), hn::Abs(den)), kw = hn::Div(hn::Add(hn::Abs(uq), un), hn::Abs(w));
+        const VD delta = hn::Mul(hn::Mul(M, guard), hn::Add(hn::Add(kd, kw), n(9)));
+        // Not below the worst condition: NaN counts as cancelled too.
+        MD undecided = hn::Not(hn::And(hn::Lt(kd, worstCondition), hn::Lt(kw, worstCondition)));
+        hn::Vec<decltype(dt)> r, g, b;
+        if constexpr (bytes) {
+            const auto nearInteger = [&](VD v) { return hn::Not(hn::Ge(hn::Abs(hn::Sub(v, hn::Round(v))), delta)); };
+            undecided = hn::Or(undecided, hn::Or(nearInteger(R), hn::Or(nearInteger(G), nearInteger(B))));
+            const auto byte = [&](VD v) {
+                const VD clamped = hn::IfThenZeroElse(dark, hn::Min(hn::Max(v, zero), k255));
+                return hn::DemoteTo(dt, hn::DemoteTo(di, clamped));
+            };
+            r = byte(R);
+            g = byte(G);
+            b = byte(B);
+        } else {
+            const auto unit = [&](VD v) {
+                const VD below = hn::Sub(v, delta), above = hn::Add(v, delta);
+                const MD inside = hn::And(hn::Ge(below, zero), hn::Lt(above, one));
+                const MD rounded = hn::Eq(hn::PromoteTo(dd, hn::DemoteTo(dt, below)), hn::PromoteTo(dd, hn::DemoteTo(dt, above)));
+                const MD clampedAway = hn::Or(hn::Lt(above, zero), hn::Ge(below, one));
+                undecided = hn::Or(undecided, hn::Not(hn::Or(hn::And(inside, rounded), clampedAway)));
+                const VD clamped = hn::IfThenElse(hn::Lt(v, zero), zero, hn::IfThenElse(hn::Ge(v, one), one, v));
+                return hn::DemoteTo(dt, hn::IfThenZeroElse(dark, clamped));
+            };
+            r = unit(R);
+            g = unit(G);
+            b = unit(B);
+        }
+        const MD refuse = hn::AndNot(dark, undecided);
         const bool anyRefused = !hn::AllFalse(dd, refuse);
-        HWY_ALIGN Kel8u kept[4 * 16];  // the step's source, before an in-place store
+        HWY_ALIGN T kept[4 * 16];  // the step's source, before an in-place store
         if (anyRefused) {
-            if constexpr (Pitch == 3) hn::StoreInterleaved3(l8, u8, v8, d8, kept);
-            else hn::StoreInterleaved4(l8, u8, v8, a8, d8, kept);
+            if constexpr (Pitch == 3) hn::StoreInterleaved3(l8, u8, v8, dt, kept);
+            else hn::StoreInterleaved4(l8, u8, v8, a8, dt, kept);
         }
         if constexpr (Pitch == 3) {
-            hn::StoreInterleaved3(r, g, b, d8, dst + 3 * x);
+            hn::StoreInterleaved3(r, g, b, dt, dst + 3 * x);
         } else {
-            hn::Vec<decltype(d8)> k0, k1, k2, alpha;
-            hn::LoadInterleaved4(d8, dst + 4 * x, k0, k1, k2, alpha);
-            hn::StoreInterleaved4(r, g, b, alpha, d8, dst + 4 * x);
+            hn::Vec<decltype(dt)> k0, k1, k2, alpha;
+            hn::LoadInterleaved4(dt, dst + 4 * x, k0, k1, k2, alpha);
+            hn::StoreInterleaved4(r, g, b, alpha, dt, dst + 4 * x);
         }
         if (anyRefused) {
             refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            luvPixels8u(false, kept, dst + Pitch * x, maskBits(refuse), Pitch);
+            luvPixels(kept, dst + Pitch * x, maskBits(refuse), Pitch);
         }
     }
-    if (x < width) luvPixels8u(false, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    if (x < width) luvPixels(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
 }
 
-std::int64_t luvToRGB3(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow8u<3>(s, d, w); }
-std::int64_t luvToRGB4(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow8u<4>(s, d, w); }
+std::int64_t luvToRGB3(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow<Kel8u, 3>(s, d, w); }
+std::int64_t luvToRGB4(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow<Kel8u, 4>(s, d, w); }
+std::int64_t luvToRGB32f3(const Kel32f* s, Kel32f* d, int w) { return luvToRGBRow<Kel32f, 3>(s, d, w); }
+std::int64_t luvToRGB32f4(const Kel32f* s, Kel32f* d, int w) { return luvToRGBRow<Kel32f, 4>(s, d, w); }
 
 } // namespace HWY_NAMESPACE
 } // namespace kel::cie
@@ -403,6 +452,8 @@ HWY_EXPORT(rgbToLUV3);
 HWY_EXPORT(rgbToLUV4);
 HWY_EXPORT(luvToRGB3);
 HWY_EXPORT(luvToRGB4);
+HWY_EXPORT(luvToRGB32f3);
+HWY_EXPORT(luvToRGB32f4);
 HWY_EXPORT(rgbToXYZ32f3);
 HWY_EXPORT(rgbToXYZ32f4);
 HWY_EXPORT(xyzToRGB32f3);
@@ -416,6 +467,8 @@ Row32f chooseRow32f(CieVectorRow which, int pixelStride)
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f4);
     case CieVectorRow::XYZToRGB32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB32f3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB32f4);
+    case CieVectorRow::LUVToRGB32f:
+        return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB32f3) : &HWY_DYNAMIC_DISPATCH(luvToRGB32f4);
     default: return nullptr;
     }
 }

@@ -28,6 +28,8 @@ Row32f chooseRow32f(CieVectorRow which, int pixelStride);
 // `pixels` (pixel i at src + i * pixelStride), and on a row's last pixels.
 void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
 void luvPixels8u(bool forward, const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride);
+void luvPixels(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride);   // LUV to RGB
+void luvPixels(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
 
 // The coded L of each coded luminance, as the 8-bit forward LUV kernel looks
 // it up.

@@ -146,6 +146,8 @@ const FloatMember kFloatMembers[] = {
     {"RGBToXYZ 32f AC4", CieVectorRow::RGBToXYZ32f, 4, innerRGBToXYZ_32f_C3R},
     {"XYZToRGB 32f C3", CieVectorRow::XYZToRGB32f, 3, innerXYZToRGB_32f_C3R},
     {"XYZToRGB 32f AC4", CieVectorRow::XYZToRGB32f, 4, innerXYZToRGB_32f_C3R},
+    {"LUVToRGB 32f C3", CieVectorRow::LUVToRGB32f, 3, innerLUVToRGB_32f_C3R},
+    {"LUVToRGB 32f AC4", CieVectorRow::LUVToRGB32f, 4, innerLUVToRGB_32f_C3R},
 };
 
 TEST(SimdCie, FloatRowsMatchTheKernels)
@@ -177,7 +179,8 @@ TEST(SimdCie, FloatRowsMatchTheKernels)
     });
 }
 
-// Ordinary colours are almost never refused.
+// Ordinary colours are almost never refused (LUV inputs: the LUV of random
+// colours).
 TEST(SimdCie, FewFloatPixelsAreRefused)
 {
     kt::forEachSimdTarget([&](const std::string& target) {
@@ -189,6 +192,12 @@ TEST(SimdCie, FewFloatPixelsAreRefused)
             const int width = 1 << 16;
             std::vector<Kel32f> src(static_cast<std::size_t>(m.pitch) * width), dst(src.size());
             for (auto& x : src) x = unit(gen);
+            if (m.which == CieVectorRow::LUVToRGB32f) {
+                std::vector<Kel32f> luv(src.size());
+                ASSERT_EQ(kelOk, (m.pitch == 3 ? keliRGBToLUV_32f_C3R : keliRGBToLUV_32f_AC4R)(
+                                     src.data(), m.pitch * 4 * width, luv.data(), m.pitch * 4 * width, {width, 1}));
+                src = luv;
+            }
             EXPECT_LT(row(src.data(), dst.data(), width), width / 1000) << target << ", " << m.name;
         }
     });
