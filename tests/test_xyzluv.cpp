@@ -60,6 +60,10 @@ constexpr float kSlope = 903.3f;      // the linear slope of L
 constexpr float kDark = 0.00009f;     // inverse: L below this is black
 constexpr float kCubic = 7.9996247f;  // inverse: L from this up is cubic
 const double kThird = static_cast<double>(1.0f / 3.0f);
+// 8-bit coded U and V: 13 * 100 over the code's span, and the offsets of the
+// coded ranges with the half for rounding in them.
+constexpr float kU8Scale = 3.6723163f, kV8Scale = 4.961832f;
+constexpr float kU8Offset = 97.02543f, kV8Offset = 136.75955f;
 
 long long fix16(double d) { return static_cast<long long>(std::trunc(static_cast<LD>(d) * 65536)); }
 const auto kFwd8 = [] {
@@ -208,8 +212,8 @@ Want rgbToLuv8u(Px p)
     }
     Want w;
     w.v[0] = L8;
-    w.v[1] = std::trunc((LD(3.6723163f) * L8) * (u - kUn) + LD(97.02543f));
-    w.v[2] = std::trunc((L8 * LD(4.961832f)) * (v - kVn) + LD(136.75955f));
+    w.v[1] = std::trunc((LD(kU8Scale) * L8) * (u - kUn) + LD(kU8Offset));
+    w.v[2] = std::trunc((L8 * LD(kV8Scale)) * (v - kVn) + LD(kV8Offset));
     return w;
 }
 
@@ -1034,8 +1038,10 @@ TEST(XyzLuvModel, ConstantsAsTheFloatsAndDoublesNamed)
     EXPECT_EQ(62288, kFwd8[0][0] + kFwd8[0][1] + kFwd8[0][2]);
     EXPECT_EQ(65534, kFwd8[1][0] + kFwd8[1][1] + kFwd8[1][2]);
     // The coded ranges' constants: 13 * 100 / 354 and 13 * 100 / 262 as floats.
-    EXPECT_EQ(3.6723163f, static_cast<float>(1300.0L / 354));
-    EXPECT_EQ(4.961832f, static_cast<float>(1300.0L / 262));
+    EXPECT_EQ(kU8Scale, static_cast<float>(1300.0L / 354));
+    EXPECT_EQ(kV8Scale, static_cast<float>(1300.0L / 262));
+    EXPECT_NEAR(kU8Offset, 134 * 255.0 / 354 + 0.5, 1e-4);  // to the decimals given
+    EXPECT_NEAR(kV8Offset, 140 * 255.0 / 262 + 0.5, 1e-4);
 }
 
 TEST(XyzLuvModel, CodedLTable)
@@ -1106,6 +1112,54 @@ TEST(XyzLuvModel, TheWorkedValues)
     EXPECT_GE(lo[2], 4);
     EXPECT_LE(hi[2], 241);
     EXPECT_LT(largest, 255 + LD(kC));
+}
+
+// The inverse kernels undo the forward ones up to their coding: RGB through
+// XYZ or LUV and back comes within a few codes (the 8-bit LUV within its
+// coarser steps) where Z isn't clamped; white comes back from the worked
+// LUV codes of white.
+TEST(XyzLuvModel, RoundTripsComeBackClose)
+{
+    const auto at = [](const char* name) -> const Member& {
+        for (const Member& m : kMembers)
+            if (std::string(name) == m.name) return m;
+        throw std::logic_error(name);
+    };
+    struct Trip {
+        const char* there;
+        const char* back;
+        LD tolerance;
+    };
+    const Trip trips[] = {
+        {"keliRGBToXYZ_16u_C3R", "keliXYZToRGB_16u_C3R", 4},     {"keliRGBToXYZ_16s_C3R", "keliXYZToRGB_16s_C3R", 4},
+        {"keliRGBToXYZ_32f_C3R", "keliXYZToRGB_32f_C3R", 1e-5L}, {"keliRGBToLUV_16u_C3R", "keliLUVToRGB_16u_C3R", 8},
+        {"keliRGBToLUV_16s_C3R", "keliLUVToRGB_16s_C3R", 8},     {"keliRGBToLUV_32f_C3R", "keliLUVToRGB_32f_C3R", 1e-4L},
+        {"keliRGBToLUV_8u_C3R", "keliLUVToRGB_8u_C3R", 24},
+    };
+    std::mt19937 gen(51);
+    for (const Trip& trip : trips) {
+        const Member &there = at(trip.there), &back = at(trip.back);
+        for (int i = 0; i < 3000; ++i) {
+            Px p = randomPixel(there, gen);
+            if (there.type == Type::F32)
+                for (LD& v : p) v = std::clamp(v, LD(0), LD(1));
+            const LD K = top(there.type);
+            // Dark pixels lose their chroma to the coding; keep to lighter ones.
+            LD Y = 0;
+            for (int c = 0; c < 3; ++c) Y += LD(kFwd[1][c]) * (p[c] - lowest(there.type));
+            if (Y < 0.1L * K) continue;
+            const Px mid = model(there, p).v;
+            if (there.stem == Stem::ToXYZ && mid[2] >= highest(there.type)) continue;  // Z clamped
+            const Px again = model(back, mid).v;
+            for (int c = 0; c < 3; ++c)
+                ASSERT_NEAR(double(p[c]), double(again[c]), double(trip.tolerance))
+                    << trip.there << " and back, " << show(p) << " via " << show(mid);
+        }
+    }
+    const Px white16 = model(at("keliLUVToRGB_16u_C3R"), {65535, 24807, 35019}).v;
+    for (LD v : white16) EXPECT_NEAR(65535.0, double(v), 2.0);
+    const Px white8 = model(at("keliLUVToRGB_8u_C3R"), {255, 97, 136}).v;
+    for (LD v : white8) EXPECT_NEAR(255.0, double(v), 3.0);
 }
 
 } // namespace
