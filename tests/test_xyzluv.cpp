@@ -552,7 +552,7 @@ Px realisticLuv(const Member& m, std::mt19937& gen)
 
 // Extremes, grays and primaries on the 0..top scale: every mix of 0, 1, a
 // middle value, top - 1 and top; every 1/64th gray.
-std::vector<Px> specialPixels(const Member& m)
+std::vector<Px> extremePixels(const Member& m)
 {
     const LD t = top(m.type);
     const bool f = m.type == Type::F32;
@@ -599,7 +599,7 @@ TEST_P(XyzLuvMember, RandomPixelsFollowTheModel)
 
 TEST_P(XyzLuvMember, ExtremesGraysAndPrimariesFollowTheModel)
 {
-    runPixels(GetParam(), specialPixels(GetParam()), "special");
+    runPixels(GetParam(), extremePixels(GetParam()), "extremes, grays, primaries");
 }
 
 // The destination may hold anything: three elements of each pixel are
