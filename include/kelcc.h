@@ -372,6 +372,47 @@ KEL_API KelResult keliLUVToRGB_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s*
 KEL_API KelResult keliLUVToRGB_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
 KEL_API KelResult keliLUVToRGB_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
 
+/* ---- YCC and gray ------------------------------------------------------------ */
+/* Pixel-order RGB <-> YCC (luma scaled by 0.7132668, chroma on fixed offsets:
+   156 and 137 at 8u, 40092 and 35209 at 16u) at 8u, 16u, 16s and 32f; AC4
+   leaves the fourth element as it was; rows are shared among threads above
+   4096 pixels.  Gray from three channels with the default weights (0.299,
+   0.587, 0.114) or the caller's (three floats; null selects the defaults; at
+   8u each is rounded once to 12 fraction bits); AC4C1 steps over alpha.  Gray
+   runs on the calling thread.  Steps are not checked. */
+KEL_API KelResult keliRGBToYCC_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToYCC_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_16u_C3R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_16u_AC4R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_16s_C3R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_16s_AC4R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_32f_C3R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliYCCToRGB_32f_AC4R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_8u_C3C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_8u_AC4C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_16u_C3C1R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_16u_AC4C1R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_16s_C3C1R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_16s_AC4C1R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_32f_C3C1R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliRGBToGray_32f_AC4C1R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize);
+KEL_API KelResult keliColorToGray_8u_C3C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_8u_AC4C1R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_16u_C3C1R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_16u_AC4C1R(const Kel16u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_16s_C3C1R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_16s_AC4C1R(const Kel16s* pSrc, int srcStep, Kel16s* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_32f_C3C1R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+KEL_API KelResult keliColorToGray_32f_AC4C1R(const Kel32f* pSrc, int srcStep, Kel32f* pDst, int dstStep, KelImageSize roiSize, const Kel32f weights[3]);
+
 /* ---- repacking among 4:2:2, 4:2:0, 4:1:1 and 16:2:0 ----------------------- */
 /* Luma is copied; chroma copied, repeated, dropped or restacked.  Sizes the
    schemes cannot hold are rounded down silently.  P3 sides take an array of
