@@ -36,7 +36,7 @@ using namespace kel;
 
 extern "C" {
 KEL_HUE_MEMBERS(KEL_HUE_PUBLIC)
-KEL_CIE_MEMBERS(KEL_CIE_PUBLIC)
+KEL_MODEL_MEMBERS(KEL_CIE_PUBLIC)
 } // extern "C"
 
 #undef KEL_HUE_PUBLIC

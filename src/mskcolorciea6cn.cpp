@@ -14,14 +14,14 @@ using namespace kel;
 namespace {
 
 template <typename T>
-cie::Row8u vectorRow(CieVectorRow which, int pixelStride)
+cie::Row8u vectorRow(ModelVectorRow which, int pixelStride)
 {
     if constexpr (std::is_same_v<T, Kel8u>) return cie::chooseRow8u(which, pixelStride);
     else return nullptr;
 }
 
 template <typename T>
-auto vectorRowOf(CieVectorRow which, int pixelStride)
+auto vectorRowOf(ModelVectorRow which, int pixelStride)
 {
     if constexpr (std::is_same_v<T, Kel32f>) return cie::chooseRow32f(which, pixelStride);
     else return vectorRow<T>(which, pixelStride);
@@ -51,13 +51,13 @@ void oneRow(Fast fast, FallbackTally& tally, const T* pSrc, int srcStep, T* pDst
 #define KEL_CIE_ROW_LAYER(C3, AC4, LAYER, KERNEL, T, BYTE_STEPS, VECTOR)                                      \
     void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride)     \
     {                                                                                                         \
-        const auto fast = vectorRowOf<T>(CieVectorRow::VECTOR, pixelStride);                                  \
+        const auto fast = vectorRowOf<T>(ModelVectorRow::VECTOR, pixelStride);                                  \
         FallbackTally tally;                                                                                  \
         shareRowsAboveThreshold(width, height, [=, &tally](int y) {                                           \
             oneRow<T, BYTE_STEPS, KERNEL>(fast, tally, pSrc, srcStep, pDst, dstStep, y, width, pixelStride);  \
         });                                                                                                   \
     }
 
-KEL_CIE_MEMBERS(KEL_CIE_ROW_LAYER)
+KEL_MODEL_MEMBERS(KEL_CIE_ROW_LAYER)
 
 #undef KEL_CIE_ROW_LAYER

@@ -1,4 +1,4 @@
-// Row kernels of the CIE XYZ and LUV members: RGB <-> XYZ by the D65 matrix
+// Row kernels of the CIE XYZ and LUV members and of YCC: RGB <-> XYZ by the D65 matrix
 // (16-bit fixed point at 8u, the extended type elsewhere) and RGB <-> LUV on
 // top of it.  No gamma: R, G, B enter the matrix as they stand.  Each kernel
 // reads a pixel before writing it, so conversions in place work.
@@ -314,6 +314,107 @@ void luvToRGB(const T* src, T* dst, int width, int pixelStride)
     }
 }
 
+// ---- YCC ----------------------------------------------------------------------------------
+
+// The 8-bit forward in integers: the 14-bit luma sum reduced by a shift of 10
+// before each second multiplication; over all inputs Y stays in 0..181 and
+// the chroma in 41..254, kept to their low 8 bits.  The 8-bit inverse in
+// 12-bit integers through chop, whose indices stay within -346..565.
+void rgbToYCC8u(const Kel8u* src, Kel8u* dst)
+{
+    const int R = src[0], G = src[1], B = src[2];
+    const int S = 4898 * R + 9617 * G + 1867 * B;
+    dst[0] = static_cast<Kel8u>(((S >> 10) * 2921) >> 16);
+    dst[1] = static_cast<Kel8u>((((B * 16384 - S) >> 10) * 1789 >> 16) + 156);
+    dst[2] = static_cast<Kel8u>((((R * 16384 - S) >> 10) * 2178 >> 16) + 137);
+}
+
+void yccToRGB8u(const Kel8u* src, Kel8u* dst)
+{
+    const int a = src[0] * 5564, b = src[1] * 9084 - 1417104, d = src[2] * 7460 - 1022020;
+    const int R = (a + d) >> 12;
+    const int G = (16 * a - 794 * (b >> 8) - 2084 * (d >> 8)) >> 16;
+    const int B = (a + b) >> 12;
+    dst[0] = chop[370 + R];
+    dst[1] = chop[370 + G];
+    dst[2] = chop[370 + B];
+}
+
+// The 16-bit forward: the unsigned form with the scale folded into its
+// coefficients, the signed form with the luma sum first; results unclamped.
+template <typename T>
+void rgbToYCC16(const T* src, T* dst)
+{
+    const Ext R = hue::codeOf(src[0]), G = hue::codeOf(src[1]), B = hue::codeOf(src[2]);
+    Ext Y, C1, C2;
+    if constexpr (std::is_same_v<T, Kel16u>) {
+        Y = ((static_cast<Ext>(0.213267f) * R + static_cast<Ext>(0.418688f) * G) + static_cast<Ext>(0.0813124f) * B) + c;
+        C1 = (((static_cast<Ext>(-0.130621f) * R + 40092) - static_cast<Ext>(0.256437f) * G) +
+              static_cast<Ext>(0.387058f) * B) + c;
+        C2 = (((static_cast<Ext>(0.372876f) * R + 35209) - static_cast<Ext>(0.312237f) * G) -
+              static_cast<Ext>(0.0606389f) * B) + c;
+    } else {
+        const Ext L = (static_cast<Ext>(0.299f) * R + static_cast<Ext>(0.587f) * G) + static_cast<Ext>(0.114f) * B;
+        Y = L * static_cast<Ext>(0.7132668f) + c;
+        C1 = ((B - L) * static_cast<Ext>(0.43686f) + 40092) + c;
+        C2 = ((R - L) * static_cast<Ext>(0.53192f) + 35209) + c;
+    }
+    dst[0] = codeToSample<T>(truncate32(Y));
+    dst[1] = codeToSample<T>(truncate32(C1));
+    dst[2] = codeToSample<T>(truncate32(C2));
+}
+
+template <typename T>
+void yccToRGB16(const T* src, T* dst)
+{
+    const Ext y = hue::codeOf(src[0]) * static_cast<Ext>(1.3584f);
+    const Ext p = (hue::codeOf(src[1]) - 40092) * static_cast<Ext>(2.2179f);  // 16s: C1 - 7324, the same
+    const Ext q = (hue::codeOf(src[2]) - 35209) * static_cast<Ext>(1.8215f);
+    dst[0] = codeToSample<T>(clampedCode((y + q) + c, 65535));
+    dst[1] = codeToSample<T>(clampedCode(((y - static_cast<Ext>(0.194f) * p) - static_cast<Ext>(0.509f) * q) + c, 65535));
+    dst[2] = codeToSample<T>(clampedCode((p + y) + c, 65535));
+}
+
+void rgbToYCC32f(const Kel32f* src, Kel32f* dst)
+{
+    const Ext R = src[0], G = src[1], B = src[2];
+    const Ext L = (static_cast<Ext>(0.299f) * R + static_cast<Ext>(0.587f) * G) + static_cast<Ext>(0.114f) * B;
+    dst[0] = static_cast<Kel32f>(L * static_cast<Ext>(0.7132668f));
+    dst[1] = static_cast<Kel32f>((B - L) * static_cast<Ext>(0.43686f) + static_cast<Ext>(0.6117647f));
+    dst[2] = static_cast<Kel32f>((R - L) * static_cast<Ext>(0.53192f) + static_cast<Ext>(0.5372549f));
+}
+
+void yccToRGB32f(const Kel32f* src, Kel32f* dst)
+{
+    const Ext y = src[0] * static_cast<Ext>(1.3584f);
+    const Ext p = (src[1] - static_cast<Ext>(0.6117647f)) * static_cast<Ext>(2.2179f);
+    const Ext q = (src[2] - static_cast<Ext>(0.5372549f)) * static_cast<Ext>(1.8215f);
+    const auto unit = [](Ext v) { return static_cast<Kel32f>(v < 0 ? 0 : (v > 1 ? 1 : v)); };
+    dst[0] = unit(y + q);
+    dst[1] = unit((y - static_cast<Ext>(0.194f) * p) - static_cast<Ext>(0.509f) * q);
+    dst[2] = unit(p + y);
+}
+
+template <typename T>
+void rgbToYCC(const T* src, T* dst, int width, int pixelStride)
+{
+    for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
+        if constexpr (std::is_same_v<T, Kel8u>) rgbToYCC8u(src, dst);
+        else if constexpr (std::is_same_v<T, Kel32f>) rgbToYCC32f(src, dst);
+        else rgbToYCC16(src, dst);
+    }
+}
+
+template <typename T>
+void yccToRGB(const T* src, T* dst, int width, int pixelStride)
+{
+    for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
+        if constexpr (std::is_same_v<T, Kel8u>) yccToRGB8u(src, dst);
+        else if constexpr (std::is_same_v<T, Kel32f>) yccToRGB32f(src, dst);
+        else yccToRGB16(src, dst);
+    }
+}
+
 } // namespace
 
 // Each kernel is its conversion over one row.
@@ -336,6 +437,14 @@ KEL_CIE_KERNEL(innerLUVToRGB_8u_C3R, Kel8u, luvToRGB)
 KEL_CIE_KERNEL(innerLUVToRGB_16u_C3R, Kel16u, luvToRGB)
 KEL_CIE_KERNEL(innerLUVToRGB_16s_C3R, Kel16s, luvToRGB)
 KEL_CIE_KERNEL(innerLUVToRGB_32f_C3R, Kel32f, luvToRGB)
+KEL_CIE_KERNEL(innerRGBToYCC_8u_C3R, Kel8u, rgbToYCC)
+KEL_CIE_KERNEL(innerRGBToYCC_16u_C3R, Kel16u, rgbToYCC)
+KEL_CIE_KERNEL(innerRGBToYCC_16s_C3R, Kel16s, rgbToYCC)
+KEL_CIE_KERNEL(innerRGBToYCC_32f_C3R, Kel32f, rgbToYCC)
+KEL_CIE_KERNEL(innerYCCToRGB_8u_C3R, Kel8u, yccToRGB)
+KEL_CIE_KERNEL(innerYCCToRGB_16u_C3R, Kel16u, yccToRGB)
+KEL_CIE_KERNEL(innerYCCToRGB_16s_C3R, Kel16s, yccToRGB)
+KEL_CIE_KERNEL(innerYCCToRGB_32f_C3R, Kel32f, yccToRGB)
 
 #undef KEL_CIE_KERNEL
 

@@ -459,28 +459,28 @@ HWY_EXPORT(rgbToXYZ32f4);
 HWY_EXPORT(xyzToRGB32f3);
 HWY_EXPORT(xyzToRGB32f4);
 
-Row32f chooseRow32f(CieVectorRow which, int pixelStride)
+Row32f chooseRow32f(ModelVectorRow which, int pixelStride)
 {
     detectSimdTargets();
     switch (which) {
-    case CieVectorRow::RGBToXYZ32f:
+    case ModelVectorRow::RGBToXYZ32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f4);
-    case CieVectorRow::XYZToRGB32f:
+    case ModelVectorRow::XYZToRGB32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB32f3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB32f4);
-    case CieVectorRow::LUVToRGB32f:
+    case ModelVectorRow::LUVToRGB32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB32f3) : &HWY_DYNAMIC_DISPATCH(luvToRGB32f4);
     default: return nullptr;
     }
 }
 
-Row8u chooseRow8u(CieVectorRow which, int pixelStride)
+Row8u chooseRow8u(ModelVectorRow which, int pixelStride)
 {
     detectSimdTargets();
     switch (which) {
-    case CieVectorRow::RGBToXYZ8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ4);
-    case CieVectorRow::XYZToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB4);
-    case CieVectorRow::RGBToLUV8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV4);
-    case CieVectorRow::LUVToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB3) : &HWY_DYNAMIC_DISPATCH(luvToRGB4);
+    case ModelVectorRow::RGBToXYZ8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ4);
+    case ModelVectorRow::XYZToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB4);
+    case ModelVectorRow::RGBToLUV8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV4);
+    case ModelVectorRow::LUVToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB3) : &HWY_DYNAMIC_DISPATCH(luvToRGB4);
     default: return nullptr;
     }
 }
@@ -492,12 +492,12 @@ Row8u chooseRow8u(CieVectorRow which, int pixelStride)
 
 namespace kel::cie {
 
-Row8u chooseRow8u(CieVectorRow, int)
+Row8u chooseRow8u(ModelVectorRow, int)
 {
     return nullptr;
 }
 
-Row32f chooseRow32f(CieVectorRow, int)
+Row32f chooseRow32f(ModelVectorRow, int)
 {
     return nullptr;
 }

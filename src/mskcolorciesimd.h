@@ -16,13 +16,13 @@ namespace kel::cie {
 using Row8u = std::int64_t (*)(const Kel8u* src, Kel8u* dst, int width);
 
 // The vector row of a member, or null (no vector row, or no SIMD).
-Row8u chooseRow8u(CieVectorRow which, int pixelStride);
+Row8u chooseRow8u(ModelVectorRow which, int pixelStride);
 
 // The float XYZ rows: whole vector steps in double lanes under a derived
 // bound, any pixel the bound cannot decide and the tail by the scalar
 // kernel; returns the pixels the bound refused.
 using Row32f = std::int64_t (*)(const Kel32f* src, Kel32f* dst, int width);
-Row32f chooseRow32f(CieVectorRow which, int pixelStride);
+Row32f chooseRow32f(ModelVectorRow which, int pixelStride);
 
 // The scalar kernel on the pixels of one vector step whose bit is set in
 // `pixels` (pixel i at src + i * pixelStride), and on a row's last pixels.

@@ -24,20 +24,20 @@ using namespace kel::cie;
 
 struct Member {
     const char* name;
-    CieVectorRow which;
+    ModelVectorRow which;
     int pitch;
     void (*kernel)(const Kel8u*, Kel8u*, int, int);
 };
 
 const Member kMembers[] = {
-    {"RGBToXYZ C3", CieVectorRow::RGBToXYZ8u, 3, innerRGBToXYZ_8u_C3R},
-    {"RGBToXYZ AC4", CieVectorRow::RGBToXYZ8u, 4, innerRGBToXYZ_8u_C3R},
-    {"XYZToRGB C3", CieVectorRow::XYZToRGB8u, 3, innerXYZToRGB_8u_C3R},
-    {"XYZToRGB AC4", CieVectorRow::XYZToRGB8u, 4, innerXYZToRGB_8u_C3R},
-    {"RGBToLUV C3", CieVectorRow::RGBToLUV8u, 3, innerRGBToLUV_8u_C3R},
-    {"RGBToLUV AC4", CieVectorRow::RGBToLUV8u, 4, innerRGBToLUV_8u_C3R},
-    {"LUVToRGB C3", CieVectorRow::LUVToRGB8u, 3, innerLUVToRGB_8u_C3R},
-    {"LUVToRGB AC4", CieVectorRow::LUVToRGB8u, 4, innerLUVToRGB_8u_C3R},
+    {"RGBToXYZ C3", ModelVectorRow::RGBToXYZ8u, 3, innerRGBToXYZ_8u_C3R},
+    {"RGBToXYZ AC4", ModelVectorRow::RGBToXYZ8u, 4, innerRGBToXYZ_8u_C3R},
+    {"XYZToRGB C3", ModelVectorRow::XYZToRGB8u, 3, innerXYZToRGB_8u_C3R},
+    {"XYZToRGB AC4", ModelVectorRow::XYZToRGB8u, 4, innerXYZToRGB_8u_C3R},
+    {"RGBToLUV C3", ModelVectorRow::RGBToLUV8u, 3, innerRGBToLUV_8u_C3R},
+    {"RGBToLUV AC4", ModelVectorRow::RGBToLUV8u, 4, innerRGBToLUV_8u_C3R},
+    {"LUVToRGB C3", ModelVectorRow::LUVToRGB8u, 3, innerLUVToRGB_8u_C3R},
+    {"LUVToRGB AC4", ModelVectorRow::LUVToRGB8u, 4, innerLUVToRGB_8u_C3R},
 };
 
 TEST(SimdCie, EveryTargetHasItsRows)
@@ -51,7 +51,7 @@ TEST(SimdCie, EveryTargetHasItsRows)
         EXPECT_EQ(1u, chosen.kernels.count(nullptr)) << m.name;
 #endif
     }
-    EXPECT_EQ(nullptr, chooseRow8u(CieVectorRow::None, 3));
+    EXPECT_EQ(nullptr, chooseRow8u(ModelVectorRow::None, 3));
 }
 
 TEST(SimdCie, RowsMatchTheKernelsAtEveryWidthAndInPlace)
@@ -136,18 +136,18 @@ bool sameBits(const std::vector<Kel32f>& a, const std::vector<Kel32f>& b)
 
 struct FloatMember {
     const char* name;
-    CieVectorRow which;
+    ModelVectorRow which;
     int pitch;
     void (*kernel)(const Kel32f*, Kel32f*, int, int);
 };
 
 const FloatMember kFloatMembers[] = {
-    {"RGBToXYZ 32f C3", CieVectorRow::RGBToXYZ32f, 3, innerRGBToXYZ_32f_C3R},
-    {"RGBToXYZ 32f AC4", CieVectorRow::RGBToXYZ32f, 4, innerRGBToXYZ_32f_C3R},
-    {"XYZToRGB 32f C3", CieVectorRow::XYZToRGB32f, 3, innerXYZToRGB_32f_C3R},
-    {"XYZToRGB 32f AC4", CieVectorRow::XYZToRGB32f, 4, innerXYZToRGB_32f_C3R},
-    {"LUVToRGB 32f C3", CieVectorRow::LUVToRGB32f, 3, innerLUVToRGB_32f_C3R},
-    {"LUVToRGB 32f AC4", CieVectorRow::LUVToRGB32f, 4, innerLUVToRGB_32f_C3R},
+    {"RGBToXYZ 32f C3", ModelVectorRow::RGBToXYZ32f, 3, innerRGBToXYZ_32f_C3R},
+    {"RGBToXYZ 32f AC4", ModelVectorRow::RGBToXYZ32f, 4, innerRGBToXYZ_32f_C3R},
+    {"XYZToRGB 32f C3", ModelVectorRow::XYZToRGB32f, 3, innerXYZToRGB_32f_C3R},
+    {"XYZToRGB 32f AC4", ModelVectorRow::XYZToRGB32f, 4, innerXYZToRGB_32f_C3R},
+    {"LUVToRGB 32f C3", ModelVectorRow::LUVToRGB32f, 3, innerLUVToRGB_32f_C3R},
+    {"LUVToRGB 32f AC4", ModelVectorRow::LUVToRGB32f, 4, innerLUVToRGB_32f_C3R},
 };
 
 TEST(SimdCie, FloatRowsMatchTheKernels)
@@ -192,7 +192,7 @@ TEST(SimdCie, FewFloatPixelsAreRefused)
             const int width = 1 << 16;
             std::vector<Kel32f> src(static_cast<std::size_t>(m.pitch) * width), dst(src.size());
             for (auto& x : src) x = unit(gen);
-            if (m.which == CieVectorRow::LUVToRGB32f) {
+            if (m.which == ModelVectorRow::LUVToRGB32f) {
                 std::vector<Kel32f> luv(src.size());
                 ASSERT_EQ(kelOk, (m.pitch == 3 ? keliRGBToLUV_32f_C3R : keliRGBToLUV_32f_AC4R)(
                                      src.data(), m.pitch * 4 * width, luv.data(), m.pitch * 4 * width, {width, 1}));
