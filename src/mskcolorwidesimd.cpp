@@ -76,18 +76,18 @@
 //       1..2), and t is inexact only if mn < 2^-29 (M > 1/2 is a multiple of
 //       2^-24, a larger mn a multiple of 2^-52), when 2 - t is near 1: within
 //       3u again.  The kernels can take different branches only if t lies
-//       within u of 1, where the two quotients differ by 2u: |S - S_ext| <=
-//       8u S, guard 16u S.
+//       within u of 1, where the two quotients differ by 2u: |S - S_ext| <
+//       3u + 3e + 2u < 6u S, guard 16u S.
 //     H = x / 360, x = 60 n / d (+ 120, 240 or 360; the sign of n is exact,
 //       so the wrap is the same): the quotient within 4u, the sum (at least
-//       60, n / d at most 1) within 5u, H within 6u of itself, each side:
-//       |H - H_ext| <= 12u H, guard 16u H.
+//       60, n / d at most 1) within 5u, H within 6u of itself (6e for the
+//       extended kernel): |H - H_ext| < 7u H, guard 16u H.
 //   HLS to RGB (h = 360 H exact, inputs in 0..1, so every value lies in
 //     0..1 and below m2).  m2 within 7u m2, m1 within 8u m2, m2 - m1 within
 //     16u m2; the hue places are exact wherever a ramp uses them (h + 120 and
 //     h - 120 round only where the channel is flat or the place lies past
-//     240 either way), the ramp within 18u m2, the channel within 27u m2 for
-//     each type: guard 2^-47 m2 (about 64u m2).
+//     240 either way), the ramp within 18u m2, the channel within 27u m2 (27e m2
+//     for the extended kernel): guard 2^-47 m2 (64u m2).
 //
 // Every pixel the doubles cannot settle is converted by the extended kernel
 // itself, compiled for the baseline, from a copy of the step's source taken
@@ -357,7 +357,55 @@ HWY_INLINE hn::Vec<DS<T>> fromDouble(VF v)
     else return hn::DemoteTo(ds, hn::DemoteTo(DI(), v));
 }
 
-// One step: as many pixels as a vector has doubles.
+// Floats two vectors of doubles a step: a whole float vector de-interleaved,
+// its halves widened.  Returns the pixels converted.
+template <HueConversion C, int Pitch>
+int floatPairs(const Kel32f* src, Kel32f* dst, int width, HueKernel<Kel32f> exact, std::int64_t& refusedPixels)
+{
+    const DF df;
+    const hn::Repartition<float, DF> dw;
+    const hn::Half<decltype(dw)> dh;
+    using VW = hn::Vec<decltype(dw)>;
+    const int lanes = static_cast<int>(hn::Lanes(df));
+    int x = 0;
+    for (; x + 2 * lanes <= width; x += 2 * lanes) {
+        const Kel32f* from = src + static_cast<std::ptrdiff_t>(x) * Pitch;
+        Kel32f* to = dst + static_cast<std::ptrdiff_t>(x) * Pitch;
+        VW s0, s1, s2, s3;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(dw, from, s0, s1, s2);
+        else hn::LoadInterleaved4(dw, from, s0, s1, s2, s3);
+        VF lo0, lo1, lo2, hi0, hi1, hi2;
+        MF sureLow, sureHigh;
+        convertFloats<C>(hn::PromoteTo(df, hn::LowerHalf(dh, s0)), hn::PromoteTo(df, hn::LowerHalf(dh, s1)),
+                         hn::PromoteTo(df, hn::LowerHalf(dh, s2)), lo0, lo1, lo2, sureLow);
+        convertFloats<C>(hn::PromoteTo(df, hn::UpperHalf(dh, s0)), hn::PromoteTo(df, hn::UpperHalf(dh, s1)),
+                         hn::PromoteTo(df, hn::UpperHalf(dh, s2)), hi0, hi1, hi2, sureHigh);
+        const bool allSure = hn::AllTrue(df, hn::And(sureLow, sureHigh));
+        HWY_ALIGN Kel32f saved[8 * HWY_MAX_BYTES / sizeof(double)];
+        if (!allSure) std::memcpy(saved, from, sizeof(Kel32f) * Pitch * 2 * lanes);
+        const VW o0 = hn::Combine(dw, hn::DemoteTo(dh, hi0), hn::DemoteTo(dh, lo0));
+        const VW o1 = hn::Combine(dw, hn::DemoteTo(dh, hi1), hn::DemoteTo(dh, lo1));
+        const VW o2 = hn::Combine(dw, hn::DemoteTo(dh, hi2), hn::DemoteTo(dh, lo2));
+        if constexpr (Pitch == 3) {
+            hn::StoreInterleaved3(o0, o1, o2, dw, to);
+        } else {
+            VW kept0, kept1, kept2, alpha;  // the destination's own fourth channel, read back
+            hn::LoadInterleaved4(dw, to, kept0, kept1, kept2, alpha);
+            hn::StoreInterleaved4(o0, o1, o2, alpha, dw, to);
+        }
+        if (!allSure) {
+            std::uint8_t low[8] = {}, high[8] = {};
+            hn::StoreMaskBits(df, hn::Not(sureLow), low);
+            hn::StoreMaskBits(df, hn::Not(sureHigh), high);
+            refusedPixels += wide::exactPixels(exact, saved, to, low[0], Pitch);
+            refusedPixels += wide::exactPixels(exact, saved + lanes * Pitch, to + lanes * Pitch, high[0], Pitch);
+        }
+    }
+    return x;
+}
+
+// One step: as many pixels as a vector has doubles (floats first take pairs
+// of steps).
 template <HueConversion C, typename T, int Pitch>
 int wideRow(const T* src, T* dst, int width, HueKernel<T> exact, std::int64_t* fallbacks)
 {
@@ -367,6 +415,7 @@ int wideRow(const T* src, T* dst, int width, HueKernel<T> exact, std::int64_t* f
     const int lanes = static_cast<int>(hn::Lanes(df));
     std::int64_t refusedPixels = 0;
     int x = 0;
+    if constexpr (std::is_same_v<T, Kel32f>) x = floatPairs<C, Pitch>(src, dst, width, exact, refusedPixels);
     for (; x + lanes <= width; x += lanes) {
         const T* from = src + static_cast<std::ptrdiff_t>(x) * Pitch;
         T* to = dst + static_cast<std::ptrdiff_t>(x) * Pitch;
