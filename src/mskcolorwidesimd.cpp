@@ -72,22 +72,26 @@
 //     Gray (d <= 2^-23): rounding is monotone and 2^-23 a double, so the
 //       test goes the same way in both unless the double d lands on 2^-23 by
 //       rounding (then M - d != mn): such a pixel goes to the extended kernel.
-//     S = d / t (rel. within 3u) or d / (2 - t): 2 - t is exact from t (t in
-//       1..2), and t is inexact only if mn < 2^-29 (M > 1/2 is a multiple of
-//       2^-24, a larger mn a multiple of 2^-52), when 2 - t is near 1: within
-//       3u again.  The kernels can take different branches only if t lies
-//       within u of 1, where the two quotients differ by 2u: |S - S_ext| <
-//       3u + 3e + 2u < 6u S, guard 16u S.
+//     The doubles divide once, q = 1 / (d den), den = t or 2 - t: den is
+//       within u of itself (2 - t is exact from t, t in 1..2, and t is
+//       inexact only if mn < 2^-29, as M > 1/2 is a multiple of 2^-24 and a
+//       larger mn one of 2^-52, when 2 - t is near 1), q within 4u.
+//     S = d / den, as d (d q): within 2u + 4u + 2u = 8u (3e for the extended
+//       kernel's quotient).  The kernels can take different branches only if
+//       t lies within u of 1, where d / t and d / (2 - t) differ by 2u:
+//       |S - S_ext| < 11u S, guard 32u S.
 //     H = x / 360, x = 60 n / d (+ 120, 240 or 360; the sign of n is exact,
-//       so the wrap is the same): the quotient within 4u, the sum (at least
-//       60, n / d at most 1) within 5u, H within 6u of itself (6e for the
-//       extended kernel): |H - H_ext| < 7u H, guard 16u H.
+//       so the wrap is the same), as ((60 n) den) q: within 8u, the sum (at
+//       least 60, n / d at most 1) within 9u, the product by 1/360 (rounded)
+//       within 11u (6e for the extended kernel's divisions): |H - H_ext| <
+//       12u H, guard 32u H.
 //   HLS to RGB (h = 360 H exact, inputs in 0..1, so every value lies in
 //     0..1 and below m2).  m2 within 7u m2, m1 within 8u m2, m2 - m1 within
 //     16u m2; the hue places are exact wherever a ramp uses them (h + 120 and
 //     h - 120 round only where the channel is flat or the place lies past
-//     240 either way), the ramp within 18u m2, the channel within 27u m2 (27e m2
-//     for the extended kernel): guard 2^-47 m2 (64u m2).
+//     240 either way), the ramp (a product by 1/60, rounded, where the
+//     extended kernel divides) within 19u m2, the channel within 28u m2 (27e
+//     m2 for the extended kernel): guard 2^-47 m2 (64u m2).
 //
 // Every pixel the doubles cannot settle is converted by the extended kernel
 // itself, compiled for the baseline, from a copy of the step's source taken
@@ -296,17 +300,19 @@ HWY_INLINE void convertFloats(VF a0, VF a1, VF a2, VF& o0, VF& o1, VF& o2, MF& s
         const MF gray = hn::Le(d, epsilon);
         sure = hn::AndNot(hn::And(hn::Eq(d, epsilon), hn::Ne(hn::Sub(max, d), min)), sure);
         const VF den = hn::IfThenElse(hn::Le(l, k(0.5)), t, hn::Sub(k(2), t));
-        const VF s = hn::IfThenZeroElse(gray, hn::Div(d, den));
+        // One division: q = 1 / (d den) gives 1/den = d q and 1/d = den q.
+        const VF q = hn::Div(k(1), hn::Mul(d, den));
+        const VF s = hn::IfThenZeroElse(gray, hn::Mul(d, hn::Mul(d, q)));
         const MF isRed = hn::Eq(r, max), isGreen = hn::Eq(g, max);
         const VF n = hn::IfThenElse(isRed, hn::Sub(g, b), hn::IfThenElse(isGreen, hn::Sub(b, r), hn::Sub(r, g)));
-        const VF x0 = hn::Div(hn::Mul(n, k(60)), d);
+        const VF x0 = hn::Mul(hn::Mul(hn::Mul(n, k(60)), den), q);
         const VF x1 = hn::IfThenElse(isRed, x0, hn::Add(x0, hn::IfThenElse(isGreen, k(120), k(240))));
         const VF x = hn::IfThenElse(hn::Lt(x1, hn::Zero(df)), hn::Add(x1, k(360)), x1);
-        const VF h = hn::IfThenZeroElse(gray, hn::Div(x, k(360)));
+        const VF h = hn::IfThenZeroElse(gray, hn::Mul(x, k(1.0 / 360)));
         const MF sumExact = hn::Eq(hn::Sub(t, max), min);
         floatGuarded(l, hn::IfThenZeroElse(sumExact, hn::Mul(l, k(0x1p-51))), sure);
-        floatGuarded(s, hn::Mul(s, k(0x1p-49)), sure);
-        floatGuarded(h, hn::Mul(h, k(0x1p-49)), sure);
+        floatGuarded(s, hn::Mul(s, k(0x1p-48)), sure);
+        floatGuarded(h, hn::Mul(h, k(0x1p-48)), sure);
         o0 = h;
         o1 = l;
         o2 = s;
@@ -317,11 +323,14 @@ HWY_INLINE void convertFloats(VF a0, VF a1, VF a2, VF& o0, VF& o1, VF& o2, MF& s
                                      hn::Sub(hn::Add(l, s), hn::Mul(s, l)));
         const VF m1 = hn::Sub(hn::Add(l, l), m2);
         const VF rise = hn::Sub(m2, m1);
+        // The ramps up (x below 60) and down (180 to 240) are one formula in
+        // the weight x or 240 - x, divided by 60 as a product.
         const auto channel = [&](VF x) {
-            const VF up = hn::Add(hn::Div(hn::Mul(x, rise), k(60)), m1);
-            const VF down = hn::Add(hn::Div(hn::Mul(hn::Sub(k(240), x), rise), k(60)), m1);
-            const VF value = hn::IfThenElse(hn::Lt(x, k(60)), up,
-                                            hn::IfThenElse(hn::Lt(x, k(180)), m2, hn::IfThenElse(hn::Lt(x, k(240)), down, m1)));
+            const MF rising = hn::Lt(x, k(60));
+            const VF w = hn::IfThenElse(rising, x, hn::Sub(k(240), x));
+            const VF ramp = hn::Add(hn::Mul(hn::Mul(w, rise), k(1.0 / 60)), m1);
+            const VF value = hn::IfThenElse(hn::Or(rising, hn::And(hn::Ge(x, k(180)), hn::Lt(x, k(240)))), ramp,
+                                            hn::IfThenElse(hn::Lt(x, k(180)), m2, m1));
             return hn::IfThenElse(flat, l, value);
         };
         const VF xr0 = hn::Add(h, k(120)), xb0 = hn::Sub(h, k(120));
