@@ -1,6 +1,5 @@
 // Row kernels of the pixel-order hue families: HSV at 8u and 16u, HLS at 8u,
 // 16u, 16s and 32f.  Each converts one row, reading a pixel before writing it.
-#include <bit>
 #include <cstdint>
 #include <type_traits>
 
@@ -34,42 +33,15 @@ namespace {
 
 // ---- the row walk --------------------------------------------------------------
 
-// The 8-bit rows convert every pixel (their vector rows leave this kernel
-// only the tails); the wider samples let a pixel equal to the one before it
-// (flat areas) take that pixel's results again, which are the same by
-// construction.  The previous input is kept aside, so a conversion in place
-// works too.  Samples are compared by their bits: -0.0 and 0.0 are different
-// inputs here.
-template <typename T>
-auto bitsOf(T sample)
-{
-    if constexpr (std::is_same_v<T, Kel32f>) return std::bit_cast<std::uint32_t>(sample);
-    else return sample;
-}
-
+// Every pixel converted on its own; the vector rows leave this kernel the
+// tails and the pixels they refuse.  The pixel is read whole before its
+// results are stored, so a conversion in place works too.
 template <typename T, void (*Pixel)(const T*, T*)>
 void pixelRow(const T* src, T* dst, int width, int pixelStride)
 {
-    if constexpr (std::is_same_v<T, Kel8u>) {
-        T converted[3];
-        for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
-            Pixel(src, converted);
-            dst[0] = converted[0];
-            dst[1] = converted[1];
-            dst[2] = converted[2];
-        }
-        return;
-    }
-    T previous[3] = {}, converted[3] = {};
+    T converted[3];
     for (int x = 0; x < width; ++x, src += pixelStride, dst += pixelStride) {
-        const bool repeat = x > 0 && bitsOf(src[0]) == bitsOf(previous[0]) && bitsOf(src[1]) == bitsOf(previous[1]) &&
-                            bitsOf(src[2]) == bitsOf(previous[2]);
-        if (!repeat) {
-            previous[0] = src[0];
-            previous[1] = src[1];
-            previous[2] = src[2];
-            Pixel(src, converted);
-        }
+        Pixel(src, converted);
         dst[0] = converted[0];
         dst[1] = converted[1];
         dst[2] = converted[2];

@@ -1,11 +1,15 @@
 // Row layers of the pixel-order hue families: rows shared among threads above
-// 4096 pixels, each row handed to its kernel with the pixel stride.  The
-// 8-bit members take the vector row for whole vector steps first.
+// 4096 pixels, each row handed to its kernel with the pixel stride.  Every
+// member takes its vector row for whole vector steps first, chosen once a
+// call; the kernel finishes the row.
 #include <cstddef>
+#include <cstdint>
 #include <type_traits>
 
+#include "fallbacks.h"
 #include "mskcolor.h"
 #include "mskcolorsimd.h"
+#include "mskcolorwidesimd.h"
 #include "rowshare.h"
 
 using namespace kel;
@@ -19,25 +23,35 @@ constexpr HueConversion rgbToHSV = HueConversion::RGBToHSV, hsvToRGB = HueConver
                         rgbToHLS = HueConversion::RGBToHLS, hlsToRGB = HueConversion::HLSToRGB;
 }
 
-// The vector row of an 8-bit member in this layout, chosen once a call; null
-// for the wider samples.
+// The vector row of a member in this layout: the 8-bit rows take channel
+// pointers, the wider ones the row and the kernel for the pixels they refuse.
 template <typename T>
-HueRow8u fastRow(HueConversion conversion, int pixelStride)
+using FastRow = std::conditional_t<std::is_same_v<T, Kel8u>, HueRow8u, HueRowWide<T>>;
+
+template <typename T>
+FastRow<T> fastRow(HueConversion conversion, int pixelStride)
 {
-    if constexpr (!std::is_same_v<T, Kel8u>) return nullptr;
-    else return chooseHueRow8u(conversion, true, false, pixelStride, pixelStride,
-                               pixelStride == 4 ? HueAlpha::Keep : HueAlpha::None);
+    if constexpr (std::is_same_v<T, Kel8u>)
+        return chooseHueRow8u(conversion, true, false, pixelStride, pixelStride,
+                              pixelStride == 4 ? HueAlpha::Keep : HueAlpha::None);
+    else if constexpr (std::is_same_v<T, Kel16u>) return chooseHueRow16u(conversion, pixelStride);
+    else if constexpr (std::is_same_v<T, Kel16s>) return chooseHueRow16s(conversion, pixelStride);
+    else return chooseHueRow32f(conversion, pixelStride);
 }
 
 template <typename T>
-int fastPart(HueRow8u fast, const T* src, T* dst, int width)
+int fastPart(FastRow<T> fast, const T* src, T* dst, int width, HueKernel<T> kernel, FallbackTally& tally)
 {
-    if constexpr (!std::is_same_v<T, Kel8u>) return 0;
-    else {
-        if (fast == nullptr) return 0;
+    if (fast == nullptr) return 0;
+    if constexpr (std::is_same_v<T, Kel8u>) {
         const Kel8u* const from[4] = {src, src, src, src};
         Kel8u* const to[4] = {dst, dst, dst, dst};
         return fast(from, to, width);
+    } else {
+        std::int64_t refused = 0;
+        const int done = fast(src, dst, width, kernel, &refused);
+        tally.add(refused);
+        return done;
     }
 }
 
@@ -47,11 +61,12 @@ int fastPart(HueRow8u fast, const T* src, T* dst, int width)
 #define KEL_HUE_ROW_LAYER(C3, AC4, LAYER, KERNEL, T, PIXEL)                                                   \
     void LAYER(const T* pSrc, int srcStep, T* pDst, int dstStep, int width, int height, int pixelStride)     \
     {                                                                                                         \
-        const HueRow8u fast = fastRow<T>(conversionOf::PIXEL, pixelStride);                                   \
-        shareRowsAboveThreshold(width, height, [=](int y) {                                                   \
+        const FastRow<T> fast = fastRow<T>(conversionOf::PIXEL, pixelStride);                                 \
+        FallbackTally tally;                                                                                  \
+        shareRowsAboveThreshold(width, height, [=, &tally](int y) {                                           \
             const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;                                   \
             T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;                                         \
-            const int done = fastPart(fast, src, dst, width);                                                 \
+            const int done = fastPart<T>(fast, src, dst, width, KERNEL, tally);                               \
             if (done < width) KERNEL(src + done * pixelStride, dst + done * pixelStride, width - done, pixelStride); \
         });                                                                                                   \
     }
