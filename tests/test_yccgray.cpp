@@ -876,6 +876,38 @@ INSTANTIATE_TEST_SUITE_P(YccGray, GrayFloat,
                                                     +[](const GrayMember& m) { return m.type == Type::F32; })),
                          memberName);
 
+// ---- gray at 16 bits and floats: the weights are the 32-bit floats ----
+
+class GrayFloatWeights : public ::testing::TestWithParam<GrayMember> {};
+
+// Pixels on which the float weights 0.299, 0.587, 0.114 give another result
+// than the decimals would (a sum next to a whole number, or a float's
+// rounding edge): the member gives the float weights' result.
+TEST_P(GrayFloatWeights, DefaultsAreTheFloatsNotTheDecimals)
+{
+    const GrayMember& m = GetParam();
+    const auto decimal = [&m](Px p) {
+        if (m.type == Type::S16)
+            for (LD& v : p) v += 32768;
+        const LD sum = (p[0] * 0.299L + p[1] * 0.587L) + p[2] * 0.114L;
+        return m.type == Type::F32 ? toFloat(sum) : std::trunc(sum) - lowest(m.type);
+    };
+    std::mt19937 gen(61);
+    std::vector<Px> differ;
+    for (int i = 0; i < 4000000 && differ.size() < 200; ++i) {
+        Px p = randomPixel(m.type, gen);
+        if (i % 2) p = {p[0], p[0], p[0]};  // grays too
+        if (grayModel(m.type, kDefault, p) != decimal(p)) differ.push_back(p);
+    }
+    ASSERT_GT(differ.size(), 20u) << "the float and decimal weights never part";
+    runGrayPixels(m, m.takesWeights ? given(0.299f, 0.587f, 0.114f) : kDefault, differ, "float weights");
+}
+
+INSTANTIATE_TEST_SUITE_P(YccGray, GrayFloatWeights,
+                         ::testing::ValuesIn(select(std::begin(kGray), std::end(kGray),
+                                                    +[](const GrayMember& m) { return m.type != Type::U8; })),
+                         memberName);
+
 // ================================================================================================
 // The worked values
 // ================================================================================================
@@ -978,79 +1010,80 @@ TEST(YccValues, SixteenBitSignedIsTheUnsignedMoved)
 
 // ---- gray ----
 
-template <typename T, std::size_t N>
-T grayOfOne(KelResult (*f)(const T*, int, T*, int, KelImageSize, const Kel32f*), std::array<T, N> px, const Weights& w)
+const GrayMember& grayMember(bool takesWeights, Type type, int pitch)
 {
-    T out = T(0x5A);
-    EXPECT_EQ(kelOk, f(px.data(), int(N * sizeof(T)), &out, int(sizeof(T)), {1, 1}, w.ptr()));
-    return out;
-}
-template <typename T, std::size_t N>
-T grayOfOne(KelResult (*f)(const T*, int, T*, int, KelImageSize), std::array<T, N> px)
-{
-    T out = T(0x5A);
-    EXPECT_EQ(kelOk, f(px.data(), int(N * sizeof(T)), &out, int(sizeof(T)), {1, 1}));
-    return out;
-}
-using B3 = std::array<Kel8u, 3>;
-using B4 = std::array<Kel8u, 4>;
-using W3 = std::array<Kel16u, 3>;
-using W4 = std::array<Kel16u, 4>;
-using S3 = std::array<Kel16s, 3>;
-using S4 = std::array<Kel16s, 4>;
-using F3 = std::array<Kel32f, 3>;
-using F4 = std::array<Kel32f, 4>;
-
-// White with the default weights: the 8-bit weights sum to 4096; the float
-// weights to a hair above 1, cut back to the top.
-TEST(GrayValues, WhiteIsTheTop)
-{
-    EXPECT_EQ(255, grayOfOne(keliRGBToGray_8u_C3C1R, B3{255, 255, 255}));
-    EXPECT_EQ(255, grayOfOne(keliRGBToGray_8u_AC4C1R, B4{255, 255, 255, 0}));
-    EXPECT_EQ(65535, grayOfOne(keliRGBToGray_16u_C3C1R, W3{65535, 65535, 65535}));
-    EXPECT_EQ(65535, grayOfOne(keliRGBToGray_16u_AC4C1R, W4{65535, 65535, 65535, 0}));
-    EXPECT_EQ(32767, grayOfOne(keliRGBToGray_16s_C3C1R, S3{32767, 32767, 32767}));
-    EXPECT_EQ(32767, grayOfOne(keliRGBToGray_16s_AC4C1R, S4{32767, 32767, 32767, -32768}));
-    EXPECT_EQ(1.0f, grayOfOne(keliRGBToGray_32f_C3C1R, F3{1, 1, 1}));
-    for (const Weights& w : {kDefault, given(0.299f, 0.587f, 0.114f)}) {
-        EXPECT_EQ(255, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 255, 255}, w));
-        EXPECT_EQ(65535, grayOfOne(keliColorToGray_16u_C3C1R, W3{65535, 65535, 65535}, w));
-        EXPECT_EQ(32767, grayOfOne(keliColorToGray_16s_AC4C1R, S4{32767, 32767, 32767, 0}, w));
-    }
-    EXPECT_EQ(0, grayOfOne(keliRGBToGray_8u_C3C1R, B3{0, 0, 0}));
-    EXPECT_EQ(-32768, grayOfOne(keliRGBToGray_16s_C3C1R, S3{-32768, -32768, -32768}));
+    for (const GrayMember& m : kGray)
+        if (m.takesWeights == takesWeights && m.type == type && m.pitch == pitch) return m;
+    throw std::logic_error("no such gray member");
 }
 
-// The 8-bit weights: rounded once, a half added and the result cut toward
-// zero in the extended type; the sum in 32 bits, its bits 12 to 19 stored.
-TEST(GrayValues, EightBitCallerWeights)
+// One pixel (on the member's own scale) through a gray member; the alpha of
+// an AC4C1R pixel is set to a value no formula should see.
+LD grayOfOne(const GrayMember& m, Px in, const Weights& w)
 {
+    std::array<std::uint8_t, 16> src{}, dst{};
+    dst.fill(0x5A);
+    for (int c = 0; c < 3; ++c) storeSample(m.type, &src[c * bytesOf(m.type)], in[c]);
+    if (m.pitch == 4) storeSample(m.type, &src[3 * bytesOf(m.type)], m.type == Type::S16 ? -12345 : 201);
+    EXPECT_EQ(kelOk, m.call(src.data(), m.pitch * bytesOf(m.type), dst.data(), bytesOf(m.type), {1, 1}, w.ptr()));
+    for (int i = bytesOf(m.type); i < 16; ++i) EXPECT_EQ(0x5A, dst[i]) << "byte " << i << " past the sample";
+    return load(m.type, dst.data());
+}
+
+// Gray values derived by hand, each for the members named (with or without
+// weights, type, layouts): the library gives them, and so does the model.
+struct GrayCase {
+    const char* what;
+    bool takesWeights;
+    Type type;
+    Px in;
+    Weights w;
+    LD want;
+};
+const float kJustBelow = std::nextafter(0.5f, 0.0f) / 4096;
+const GrayCase kGrayCases[] = {
+    // White with the default weights: the 8-bit weights sum to 4096; the float
+    // weights to a hair above 1, cut back to the top.
+    {"white", false, Type::U8, {255, 255, 255}, kDefault, 255},
+    {"white", false, Type::U16, {65535, 65535, 65535}, kDefault, 65535},
+    {"white", false, Type::S16, {32767, 32767, 32767}, kDefault, 32767},
+    {"white", false, Type::F32, {1, 1, 1}, kDefault, 1},
+    {"white, null", true, Type::U8, {255, 255, 255}, kDefault, 255},
+    {"white, null", true, Type::U16, {65535, 65535, 65535}, kDefault, 65535},
+    {"white, null", true, Type::S16, {32767, 32767, 32767}, kDefault, 32767},
+    {"white, the decimals", true, Type::U8, {255, 255, 255}, given(0.299f, 0.587f, 0.114f), 255},
+    {"white, the decimals", true, Type::U16, {65535, 65535, 65535}, given(0.299f, 0.587f, 0.114f), 65535},
+    {"black", false, Type::U8, {0, 0, 0}, kDefault, 0},
+    {"black", false, Type::S16, {-32768, -32768, -32768}, kDefault, -32768},
     // (2048 * 255 + 2048) >> 12.
-    EXPECT_EQ(128, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 1, 9}, given(0.5f, 0.5f, 0.0f)));
-    EXPECT_EQ(128, grayOfOne(keliColorToGray_8u_AC4C1R, B4{255, 1, 9, 200}, given(0.5f, 0.5f, 0.0f)));
+    {"halves", true, Type::U8, {255, 1, 9}, given(0.5f, 0.5f, 0.0f), 128},
     // Weights past one: 3 * 4096 * 255 >> 12 is 765, whose low 8 bits are 253; no clamp.
-    EXPECT_EQ(253, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 255, 255}, given(1.0f, 1.0f, 1.0f)));
-    // A negative sum: -4095 * 255 = -1044225 shifted keeps 0x...01 in its low byte
+    {"ones", true, Type::U8, {255, 255, 255}, given(1.0f, 1.0f, 1.0f), 253},
+    // A negative sum: -4095 * 255 = -1044225, shifted, keeps 1 in its low byte
     // (not 0 by a clamp, nor 2 by a division toward zero).
-    EXPECT_EQ(1, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 0, 0}, given(-1.0f, 0.0f, 0.0f)));
-    EXPECT_EQ(1, grayOfOne(keliColorToGray_8u_AC4C1R, B4{255, 0, 0, 255}, given(-1.0f, 0.0f, 0.0f)));
+    {"minus one", true, Type::U8, {255, 0, 0}, given(-1.0f, 0.0f, 0.0f), 1},
     // -0.5 gives -2048 + 0.5 cut toward zero, -2047, which 2047 / 4096 cancels: 0 (not 255).
-    EXPECT_EQ(0, grayOfOne(keliColorToGray_8u_C3C1R, B3{1, 1, 0}, given(-0.5f, 2047.0f / 4096, 0.0f)));
+    {"minus a half", true, Type::U8, {1, 1, 0}, given(-0.5f, 2047.0f / 4096, 0.0f), 0},
     // The float just below 1/8192 gives 4096 w + 0.5 just below 1 in the
     // extended type, so 0 (a float sum would round it to 1): 4095 * 255 >> 12.
-    const float justBelow = std::nextafter(0.5f, 0.0f) / 4096;
-    EXPECT_EQ(254, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 255, 0}, given(justBelow, 4095.0f / 4096, 0.0f)));
-    EXPECT_EQ(255, grayOfOne(keliColorToGray_8u_C3C1R, B3{255, 255, 0}, given(1.0f / 8192, 4095.0f / 4096, 0.0f)));
-}
+    {"just below a half unit", true, Type::U8, {255, 255, 0}, given(kJustBelow, 4095.0f / 4096, 0.0f), 254},
+    {"a half unit", true, Type::U8, {255, 255, 0}, given(1.0f / 8192, 4095.0f / 4096, 0.0f), 255},
+    // 16 bits: cut toward zero, the low 16 bits stored.
+    {"two", true, Type::U16, {65535, 0, 0}, given(2.0f, 0.0f, 0.0f), 65534},
+    {"minus a half", true, Type::U16, {65535, 0, 0}, given(-0.5f, 0.0f, 0.0f), 32769},  // -32767
+    {"ones", true, Type::U16, {65535, 65535, 0}, given(1.0f, 1.0f, 0.0f), 65534},
+    {"two", true, Type::S16, {32767, -32768, -32768}, given(2.0f, 0.0f, 0.0f), 32766},
+    {"minus a half", true, Type::S16, {32767, -32768, -32768}, given(-0.5f, 0.0f, 0.0f), 1},
+    {"two", true, Type::F32, {0.75f, 0.5f, 0.25f}, given(2.0f, 0.0f, 1.0f), 1.75f},
+};
 
-// The 16-bit sums are cut toward zero and their low 16 bits stored.
-TEST(GrayValues, SixteenBitSumsKeepTheirLow16Bits)
+TEST(GrayValues, WorkedValuesInBothLayouts)
 {
-    EXPECT_EQ(65534, grayOfOne(keliColorToGray_16u_C3C1R, W3{65535, 0, 0}, given(2.0f, 0.0f, 0.0f)));
-    EXPECT_EQ(32769, grayOfOne(keliColorToGray_16u_C3C1R, W3{65535, 0, 0}, given(-0.5f, 0.0f, 0.0f)));  // -32767
-    EXPECT_EQ(32766, grayOfOne(keliColorToGray_16s_C3C1R, S3{32767, -32768, -32768}, given(2.0f, 0.0f, 0.0f)));
-    EXPECT_EQ(1, grayOfOne(keliColorToGray_16s_AC4C1R, S4{32767, -32768, -32768, 5}, given(-0.5f, 0.0f, 0.0f)));
-    EXPECT_EQ(65534, grayOfOne(keliColorToGray_16u_AC4C1R, W4{65535, 65535, 0, 9}, given(1.0f, 1.0f, 0.0f)));
+    for (const GrayCase& g : kGrayCases)
+        for (int pitch : {3, 4}) {
+            const GrayMember& m = grayMember(g.takesWeights, g.type, pitch);
+            EXPECT_EQ(g.want, grayOfOne(m, g.in, g.w)) << m.name << ", " << g.what << ", " << show(g.in);
+        }
 }
 
 // Whole images: keliColorToGray with null weights is keliRGBToGray at every
@@ -1065,14 +1098,14 @@ TEST(GrayValues, NullWeightsAndTheDefaultDecimalsAreTheFixedMember)
         bool decimalsToo;
     };
     const Pair pairs[] = {
-        {"8u_C3C1R", Type::U8, 3, kGray[0].call, kGray[8].call, true},
-        {"8u_AC4C1R", Type::U8, 4, kGray[1].call, kGray[9].call, true},
-        {"16u_C3C1R", Type::U16, 3, kGray[2].call, kGray[10].call, false},
-        {"16u_AC4C1R", Type::U16, 4, kGray[3].call, kGray[11].call, false},
-        {"16s_C3C1R", Type::S16, 3, kGray[4].call, kGray[12].call, false},
-        {"16s_AC4C1R", Type::S16, 4, kGray[5].call, kGray[13].call, false},
-        {"32f_C3C1R", Type::F32, 3, kGray[6].call, kGray[14].call, false},
-        {"32f_AC4C1R", Type::F32, 4, kGray[7].call, kGray[15].call, false},
+        {"8u_C3C1R", Type::U8, 3, grayMember(false, Type::U8, 3).call, grayMember(true, Type::U8, 3).call, true},
+        {"8u_AC4C1R", Type::U8, 4, grayMember(false, Type::U8, 4).call, grayMember(true, Type::U8, 4).call, true},
+        {"16u_C3C1R", Type::U16, 3, grayMember(false, Type::U16, 3).call, grayMember(true, Type::U16, 3).call, false},
+        {"16u_AC4C1R", Type::U16, 4, grayMember(false, Type::U16, 4).call, grayMember(true, Type::U16, 4).call, false},
+        {"16s_C3C1R", Type::S16, 3, grayMember(false, Type::S16, 3).call, grayMember(true, Type::S16, 3).call, false},
+        {"16s_AC4C1R", Type::S16, 4, grayMember(false, Type::S16, 4).call, grayMember(true, Type::S16, 4).call, false},
+        {"32f_C3C1R", Type::F32, 3, grayMember(false, Type::F32, 3).call, grayMember(true, Type::F32, 3).call, false},
+        {"32f_AC4C1R", Type::F32, 4, grayMember(false, Type::F32, 4).call, grayMember(true, Type::F32, 4).call, false},
     };
     const int width = 61, height = 7;
     for (const Pair& p : pairs) {
@@ -1161,6 +1194,8 @@ TEST(YccGrayModel, TheWorkedValues)
     EXPECT_EQ(32767, gray16s(kDefault, {32767, 32767, 32767}));
     EXPECT_EQ(128, gray8u(given(0.5f, 0.5f, 0.0f), 255, 1, 9));
     EXPECT_EQ(1225, weight12(0.299f));
+    for (const GrayCase& g : kGrayCases)
+        EXPECT_EQ(g.want, grayModel(g.type, g.w, g.in)) << g.what << ", " << show(g.in);
 }
 
 // Over every 8-bit input the forward results stay in the ranges the text
