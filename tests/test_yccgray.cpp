@@ -993,8 +993,10 @@ TEST(YccValues, RoundTripsScaleByTheProductOfTheScales)
     }
 }
 
-// 16s is 16u moved by 32768, both ways.
-TEST(YccValues, SixteenBitSignedIsTheUnsignedMoved)
+// The 16s inverse is the 16u inverse moved by 32768: its chroma taken as
+// C1 - 7324 and C2 - 2441 is the same difference. (The forward members are
+// not: 16u alone sums the folded coefficients.)
+TEST(YccValues, SixteenBitSignedInverseIsTheUnsignedMoved)
 {
     using W3 = std::array<Kel16u, 3>;
     using S3 = std::array<Kel16s, 3>;
