@@ -1133,7 +1133,7 @@ TEST(GrayValues, NullWeightsAndTheDefaultDecimalsAreTheFixedMember)
 }
 
 // ================================================================================================
-// The model against the text's own numbers (no call of the library)
+// The model against the documented numbers (no call of the library)
 // ================================================================================================
 
 TEST(YccGrayModel, ConstantsAsDerived)
@@ -1200,8 +1200,8 @@ TEST(YccGrayModel, TheWorkedValues)
         EXPECT_EQ(g.want, grayModel(g.type, g.w, g.in)) << g.what << ", " << show(g.in);
 }
 
-// Over every 8-bit input the forward results stay in the ranges the text
-// gives, so keeping the low 8 bits never changes a chroma, and the inverse's
+// Over every 8-bit input the forward results stay in the documented ranges
+// (Y 0..181, C1 57..254, C2 41..232), so keeping the low 8 bits never changes a chroma, and the inverse's
 // levels stay within -346 .. 565.
 TEST(YccGrayModel, EightBitRanges)
 {
