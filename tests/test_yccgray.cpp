@@ -1201,8 +1201,8 @@ TEST(YccGrayModel, TheWorkedValues)
 }
 
 // Over every 8-bit input the forward results stay in the documented ranges
-// (Y 0..181, C1 57..254, C2 41..232), so keeping the low 8 bits never changes a chroma, and the inverse's
-// levels stay within -346 .. 565.
+// (Y 0..181, C1 57..254, C2 41..232), so keeping the low 8 bits never
+// changes a chroma, and the inverse's levels stay within -346 .. 565.
 TEST(YccGrayModel, EightBitRanges)
 {
     std::array<int, 3> lo{999, 999, 999}, hi{-999, -999, -999}, levelLo = lo, levelHi = hi;
