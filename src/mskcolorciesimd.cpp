@@ -120,6 +120,101 @@ std::int64_t rgbToXYZ4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, Fo
 std::int64_t xyzToRGB3(const Kel8u* s, Kel8u* d, int w) { return matrixRow<3, Inverse, xyzToRGBRow8u3>(s, d, w); }
 std::int64_t xyzToRGB4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, Inverse, xyzToRGBRow8u4>(s, d, w); }
 
+// ---- 8-bit YCC --------------------------------------------------------------------------------
+//
+// Forward: S = 4898 R + 9617 G + 1867 B by multiply-adds (R beside G, B beside
+// 0), exact in 32 bits; S >> 10 (at most 4079) and (16384 B - S) >> 10,
+// (16384 R - S) >> 10 (within -4096..4095) fit 16-bit lanes, where the
+// 16-bit high multiply is the scalar kernel's (x * k) >> 16 with its floor.
+// Y, C1 and C2 lie in 0..254 (so the low-8-bit keep is the value).
+// Inverse: R = (5564 Y + 7460 C2 - 1022020) >> 12 and B likewise from C1 by
+// multiply-adds; G = (16 a - 794 (b >> 8) - 2084 (d >> 8)) >> 16 with b >> 8
+// and d >> 8 (within -5536..3513) paired in 16-bit lanes and 16 a =
+// 89024 Y = 65536 Y + 23488 Y, the 65536 Y added after the shift.  The pack
+// saturates to 0..255 as chop does over its indices.
+struct YCCForward {
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V r, V g, V b, V& y, V& c1, V& c2)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const auto zero = hn::Zero(di16);
+        const Halves<DI16> r16 = widenBytes(di16, r), g16 = widenBytes(di16, g), b16 = widenBytes(di16, b);
+        const auto half = [&](auto rh, auto gh, auto bh, auto& yh, auto& c1h, auto& c2h) {
+            const Halves<DI16> rg = pairUp(di16, rh, gh), b0 = pairUp(di16, bh, zero), r0 = pairUp(di16, rh, zero);
+            const auto sum = [&](auto p01, auto p2) {
+                return multiplyAdd(di32, p01, weightPair(4898, 9617), multiplyAdd(di32, p2, weightPair(1867, 0), hn::Zero(di32)));
+            };
+            const auto sLower = sum(rg.lower, b0.lower), sUpper = sum(rg.upper, b0.upper);
+            const auto reduced = [&](auto lower, auto upper) {
+                return hn::ReorderDemote2To(di16, hn::ShiftRight<10>(lower), hn::ShiftRight<10>(upper));
+            };
+            const auto difference = [&](const Halves<DI16>& c0) {
+                return reduced(hn::Sub(hn::ShiftLeft<14>(hn::BitCast(di32, c0.lower)), sLower),
+                               hn::Sub(hn::ShiftLeft<14>(hn::BitCast(di32, c0.upper)), sUpper));
+            };
+            yh = hn::MulHigh(reduced(sLower, sUpper), hn::Set(di16, 2921));
+            c1h = hn::Add(hn::MulHigh(difference(b0), hn::Set(di16, 1789)), hn::Set(di16, 156));
+            c2h = hn::Add(hn::MulHigh(difference(r0), hn::Set(di16, 2178)), hn::Set(di16, 137));
+        };
+        hn::Vec<DI16> yl, yu, c1l, c1u, c2l, c2u;
+        half(r16.lower, g16.lower, b16.lower, yl, c1l, c2l);
+        half(r16.upper, g16.upper, b16.upper, yu, c1u, c2u);
+        y = packBytes(du8, yl, yu);
+        c1 = packBytes(du8, c1l, c1u);
+        c2 = packBytes(du8, c2l, c2u);
+    }
+};
+
+struct YCCInverse {
+    template <class DU8, class V = hn::Vec<DU8>>
+    static HWY_INLINE void convert(DU8 du8, V y, V c1, V c2, V& r, V& g, V& b)
+    {
+        using DI16 = hn::Repartition<std::int16_t, DU8>;
+        const DI16 di16;
+        const hn::Repartition<std::int32_t, DU8> di32;
+        const auto zero = hn::Zero(di16);
+        const Halves<DI16> y16 = widenBytes(di16, y), c116 = widenBytes(di16, c1), c216 = widenBytes(di16, c2);
+        const auto half = [&](auto yh, auto c1h, auto c2h, auto& rh, auto& gh, auto& bh) {
+            const Halves<DI16> yc2 = pairUp(di16, yh, c2h), yc1 = pairUp(di16, yh, c1h);
+            const Halves<DI16> c10 = pairUp(di16, c1h, zero), c20 = pairUp(di16, c2h, zero), y0 = pairUp(di16, yh, zero);
+            const auto shifted12 = [&](auto pairs, std::int32_t weights, std::int32_t offset) {
+                return hn::ShiftRight<12>(multiplyAdd(di32, pairs, weights, hn::Set(di32, offset)));
+            };
+            rh = hn::ReorderDemote2To(di16, shifted12(yc2.lower, weightPair(5564, 7460), -1022020),
+                                      shifted12(yc2.upper, weightPair(5564, 7460), -1022020));
+            bh = hn::ReorderDemote2To(di16, shifted12(yc1.lower, weightPair(5564, 9084), -1417104),
+                                      shifted12(yc1.upper, weightPair(5564, 9084), -1417104));
+            // b >> 8 beside d >> 8 in each 32-bit lane, for one multiply-add.
+            const auto lowMask = hn::Set(di32, 0xFFFF);
+            const auto chromaPairs = [&](auto c1p, auto c2p) {
+                const auto bb = hn::ShiftRight<8>(multiplyAdd(di32, c1p, weightPair(9084, 0), hn::Set(di32, -1417104)));
+                const auto dd = hn::ShiftRight<8>(multiplyAdd(di32, c2p, weightPair(7460, 0), hn::Set(di32, -1022020)));
+                return hn::BitCast(di16, hn::Or(hn::And(bb, lowMask), hn::ShiftLeft<16>(dd)));
+            };
+            const auto green = [&](auto c1p, auto c2p, auto y0p) {
+                const auto s = multiplyAdd(di32, chromaPairs(c1p, c2p), weightPair(-794, -2084),
+                                           multiplyAdd(di32, y0p, weightPair(23488, 0), hn::Zero(di32)));
+                return hn::ShiftRight<16>(s);
+            };
+            gh = hn::Add(hn::ReorderDemote2To(di16, green(c10.lower, c20.lower, y0.lower), green(c10.upper, c20.upper, y0.upper)),
+                         yh);
+        };
+        hn::Vec<DI16> rl, ru, gl, gu, bl, bu;
+        half(y16.lower, c116.lower, c216.lower, rl, gl, bl);
+        half(y16.upper, c116.upper, c216.upper, ru, gu, bu);
+        r = packBytes(du8, rl, ru);
+        g = packBytes(du8, gl, gu);
+        b = packBytes(du8, bl, bu);
+    }
+};
+
+std::int64_t rgbToYCC3(const Kel8u* s, Kel8u* d, int w) { return matrixRow<3, YCCForward, rgbToYCCRow8u3>(s, d, w); }
+std::int64_t rgbToYCC4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, YCCForward, rgbToYCCRow8u4>(s, d, w); }
+std::int64_t yccToRGB3(const Kel8u* s, Kel8u* d, int w) { return matrixRow<3, YCCInverse, yccToRGBRow8u3>(s, d, w); }
+std::int64_t yccToRGB4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, YCCInverse, yccToRGBRow8u4>(s, d, w); }
+
 // ---- floats ---------------------------------------------------------------------------------
 
 using DD = hn::ScalableTag<double>;
@@ -450,6 +545,10 @@ HWY_EXPORT(xyzToRGB3);
 HWY_EXPORT(xyzToRGB4);
 HWY_EXPORT(rgbToLUV3);
 HWY_EXPORT(rgbToLUV4);
+HWY_EXPORT(rgbToYCC3);
+HWY_EXPORT(rgbToYCC4);
+HWY_EXPORT(yccToRGB3);
+HWY_EXPORT(yccToRGB4);
 HWY_EXPORT(luvToRGB3);
 HWY_EXPORT(luvToRGB4);
 HWY_EXPORT(luvToRGB32f3);
@@ -480,6 +579,8 @@ Row8u chooseRow8u(ModelVectorRow which, int pixelStride)
     case ModelVectorRow::RGBToXYZ8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ4);
     case ModelVectorRow::XYZToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB4);
     case ModelVectorRow::RGBToLUV8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV4);
+    case ModelVectorRow::RGBToYCC8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToYCC3) : &HWY_DYNAMIC_DISPATCH(rgbToYCC4);
+    case ModelVectorRow::YCCToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(yccToRGB3) : &HWY_DYNAMIC_DISPATCH(yccToRGB4);
     case ModelVectorRow::LUVToRGB8u: return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB3) : &HWY_DYNAMIC_DISPATCH(luvToRGB4);
     default: return nullptr;
     }

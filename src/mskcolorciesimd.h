@@ -41,5 +41,9 @@ void rgbToXYZRow8u3(const Kel8u* src, Kel8u* dst, int width);
 void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width);
 void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width);
 void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width);
+void rgbToYCCRow8u3(const Kel8u* src, Kel8u* dst, int width);
+void rgbToYCCRow8u4(const Kel8u* src, Kel8u* dst, int width);
+void yccToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width);
+void yccToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width);
 
 } // namespace kel::cie

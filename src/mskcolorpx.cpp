@@ -613,6 +613,10 @@ void rgbToXYZRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_
 void rgbToXYZRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToXYZ_8u_C3R(src, dst, width, 4); }
 void xyzToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 3); }
 void xyzToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerXYZToRGB_8u_C3R(src, dst, width, 4); }
+void rgbToYCCRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerRGBToYCC_8u_C3R(src, dst, width, 3); }
+void rgbToYCCRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerRGBToYCC_8u_C3R(src, dst, width, 4); }
+void yccToRGBRow8u3(const Kel8u* src, Kel8u* dst, int width) { innerYCCToRGB_8u_C3R(src, dst, width, 3); }
+void yccToRGBRow8u4(const Kel8u* src, Kel8u* dst, int width) { innerYCCToRGB_8u_C3R(src, dst, width, 4); }
 
 void luvPixels8u(bool forward, const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride)
 {

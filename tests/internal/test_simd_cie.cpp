@@ -1,6 +1,6 @@
 // The vector rows of the XYZ and LUV members against their scalar kernels,
 // byte for byte, on every SIMD target this processor runs: every input colour
-// through each 8-bit row (XYZ and LUV both ways), float samples of every
+// through each 8-bit row (XYZ, LUV and YCC both ways), float samples of every
 // kind through the float rows; C3 and AC4 (the fourth element kept), every
 // width up to 70 and a few wide ones, in place.
 #include <gtest/gtest.h>
@@ -36,6 +36,10 @@ const Member kMembers[] = {
     {"XYZToRGB AC4", ModelVectorRow::XYZToRGB8u, 4, innerXYZToRGB_8u_C3R},
     {"RGBToLUV C3", ModelVectorRow::RGBToLUV8u, 3, innerRGBToLUV_8u_C3R},
     {"RGBToLUV AC4", ModelVectorRow::RGBToLUV8u, 4, innerRGBToLUV_8u_C3R},
+    {"RGBToYCC C3", ModelVectorRow::RGBToYCC8u, 3, innerRGBToYCC_8u_C3R},
+    {"RGBToYCC AC4", ModelVectorRow::RGBToYCC8u, 4, innerRGBToYCC_8u_C3R},
+    {"YCCToRGB C3", ModelVectorRow::YCCToRGB8u, 3, innerYCCToRGB_8u_C3R},
+    {"YCCToRGB AC4", ModelVectorRow::YCCToRGB8u, 4, innerYCCToRGB_8u_C3R},
     {"LUVToRGB C3", ModelVectorRow::LUVToRGB8u, 3, innerLUVToRGB_8u_C3R},
     {"LUVToRGB AC4", ModelVectorRow::LUVToRGB8u, 4, innerLUVToRGB_8u_C3R},
 };
