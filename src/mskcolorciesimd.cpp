@@ -127,7 +127,8 @@ std::int64_t xyzToRGB4(const Kel8u* s, Kel8u* d, int w) { return matrixRow<4, In
 // (16384 R - S) >> 10 (within -4096..4095) fit 16-bit lanes, where the
 // 16-bit high multiply is the scalar kernel's (x * k) >> 16 with its floor.
 // Y, C1 and C2 lie in 0..254 (so the low-8-bit keep is the value).
-// Inverse: R = (5564 Y + 7460 C2 - 1022020) >> 12 and B likewise from C1 by
+// Inverse: the offsets are the chroma centres times their weights, so
+// R = (5564 Y + 7460 (C2 - 137)) >> 12 and B likewise from C1 by
 // multiply-adds; G = (16 a - 794 (b >> 8) - 2084 (d >> 8)) >> 16 with b >> 8
 // and d >> 8 (within -5536..3513) paired in 16-bit lanes and 16 a =
 // 89024 Y = 65536 Y + 23488 Y, the 65536 Y added after the shift.  The pack
@@ -177,29 +178,25 @@ struct YCCInverse {
         const auto zero = hn::Zero(di16);
         const Halves<DI16> y16 = widenBytes(di16, y), c116 = widenBytes(di16, c1), c216 = widenBytes(di16, c2);
         const auto half = [&](auto yh, auto c1h, auto c2h, auto& rh, auto& gh, auto& bh) {
-            const Halves<DI16> yc2 = pairUp(di16, yh, c2h), yc1 = pairUp(di16, yh, c1h);
-            const Halves<DI16> c10 = pairUp(di16, c1h, zero), c20 = pairUp(di16, c2h, zero), y0 = pairUp(di16, yh, zero);
-            const auto shifted12 = [&](auto pairs, std::int32_t weights, std::int32_t offset) {
-                return hn::ShiftRight<12>(multiplyAdd(di32, pairs, weights, hn::Set(di32, offset)));
+            // b = 9084 (C1 - 156) and d = 7460 (C2 - 137) exactly; b >> 8 and
+            // d >> 8 as high multiplies of 128 (C1 - 156) by 18168 and of
+            // 128 (C2 - 137) by 14920, all within 16 bits.
+            const auto u = hn::Sub(c1h, hn::Set(di16, 156)), v = hn::Sub(c2h, hn::Set(di16, 137));
+            const auto bb = hn::MulHigh(hn::ShiftLeft<7>(u), hn::Set(di16, 18168));
+            const auto dd = hn::MulHigh(hn::ShiftLeft<7>(v), hn::Set(di16, 14920));
+            const Halves<DI16> yv = pairUp(di16, yh, v), yu = pairUp(di16, yh, u), bd = pairUp(di16, bb, dd),
+                               y0 = pairUp(di16, yh, zero);
+            const auto shifted12 = [&](const Halves<DI16>& pairs, std::int32_t weights) {
+                return hn::ReorderDemote2To(di16, hn::ShiftRight<12>(multiplyAdd(di32, pairs.lower, weights, hn::Zero(di32))),
+                                            hn::ShiftRight<12>(multiplyAdd(di32, pairs.upper, weights, hn::Zero(di32))));
             };
-            rh = hn::ReorderDemote2To(di16, shifted12(yc2.lower, weightPair(5564, 7460), -1022020),
-                                      shifted12(yc2.upper, weightPair(5564, 7460), -1022020));
-            bh = hn::ReorderDemote2To(di16, shifted12(yc1.lower, weightPair(5564, 9084), -1417104),
-                                      shifted12(yc1.upper, weightPair(5564, 9084), -1417104));
-            // b >> 8 beside d >> 8 in each 32-bit lane, for one multiply-add.
-            const auto lowMask = hn::Set(di32, 0xFFFF);
-            const auto chromaPairs = [&](auto c1p, auto c2p) {
-                const auto bb = hn::ShiftRight<8>(multiplyAdd(di32, c1p, weightPair(9084, 0), hn::Set(di32, -1417104)));
-                const auto dd = hn::ShiftRight<8>(multiplyAdd(di32, c2p, weightPair(7460, 0), hn::Set(di32, -1022020)));
-                return hn::BitCast(di16, hn::Or(hn::And(bb, lowMask), hn::ShiftLeft<16>(dd)));
+            rh = shifted12(yv, weightPair(5564, 7460));
+            bh = shifted12(yu, weightPair(5564, 9084));
+            const auto green = [&](auto bdp, auto y0p) {
+                return hn::ShiftRight<16>(multiplyAdd(di32, bdp, weightPair(-794, -2084),
+                                                      multiplyAdd(di32, y0p, weightPair(23488, 0), hn::Zero(di32))));
             };
-            const auto green = [&](auto c1p, auto c2p, auto y0p) {
-                const auto s = multiplyAdd(di32, chromaPairs(c1p, c2p), weightPair(-794, -2084),
-                                           multiplyAdd(di32, y0p, weightPair(23488, 0), hn::Zero(di32)));
-                return hn::ShiftRight<16>(s);
-            };
-            gh = hn::Add(hn::ReorderDemote2To(di16, green(c10.lower, c20.lower, y0.lower), green(c10.upper, c20.upper, y0.upper)),
-                         yh);
+            gh = hn::Add(hn::ReorderDemote2To(di16, green(bd.lower, y0.lower), green(bd.upper, y0.upper)), yh);
         };
         hn::Vec<DI16> rl, ru, gl, gu, bl, bu;
         half(y16.lower, c116.lower, c216.lower, rl, gl, bl);
