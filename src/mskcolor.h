@@ -36,7 +36,7 @@ KEL_HUE_MEMBERS(KEL_HUE_DECLARE_LAYERS)
 enum class ModelVectorRow {
     None,
     RGBToXYZ8u, XYZToRGB8u, RGBToXYZ32f, XYZToRGB32f,
-    RGBToLUV8u, LUVToRGB8u, LUVToRGB32f,
+    RGBToLUV8u, LUVToRGB8u, RGBToLUV32f, LUVToRGB32f,
     RGBToYCC8u, YCCToRGB8u,
 };
 
@@ -52,7 +52,7 @@ enum class ModelVectorRow {
     X(keliRGBToLUV_8u_C3R,    keliRGBToLUV_8u_AC4R,    myRGBToLUV_8u_C3R,    innerRGBToLUV_8u_C3R,    Kel8u,  false, RGBToLUV8u)   \
     X(keliRGBToLUV_16u_C3R,   keliRGBToLUV_16u_AC4R,   myRGBToLUV_16u_C3R,   innerRGBToLUV_16u_C3R,   Kel16u, false, None)         \
     X(keliRGBToLUV_16s_C3R,   keliRGBToLUV_16s_AC4R,   myRGBToLUV_16s_C3R,   innerRGBToLUV_16s_C3R,   Kel16s, false, None)         \
-    X(keliRGBToLUV_32f_C3R,   keliRGBToLUV_32f_AC4R,   myRGBToLUV_32f_C3R,   innerRGBToLUV_32f_C3R,   Kel32f, true,  None)         \
+    X(keliRGBToLUV_32f_C3R,   keliRGBToLUV_32f_AC4R,   myRGBToLUV_32f_C3R,   innerRGBToLUV_32f_C3R,   Kel32f, true,  RGBToLUV32f)          \
     X(keliLUVToRGB_8u_C3R,    keliLUVToRGB_8u_AC4R,    myLUVToRGB_8u_C3R,    innerLUVToRGB_8u_C3R,    Kel8u,  false, LUVToRGB8u)   \
     X(keliLUVToRGB_16u_C3R,   keliLUVToRGB_16u_AC4R,   myLUVToRGB_16u_C3R,   innerLUVToRGB_16u_C3R,   Kel16u, false, None)         \
     X(keliLUVToRGB_16s_C3R,   keliLUVToRGB_16s_AC4R,   myLUVToRGB_16s_C3R,   innerLUVToRGB_16s_C3R,   Kel16s, false, None)         \

@@ -36,6 +36,8 @@
 #include <hwy/foreach_target.h>  // must come before highway.h
 #include <hwy/highway.h>
 
+#include <hwy/contrib/math/math-inl.h>
+
 #include "simdops-inl.h"
 #include "pairsimd-inl.h"
 
@@ -529,6 +531,115 @@ std::int64_t luvToRGB4(const Kel8u* s, Kel8u* d, int w) { return luvToRGBRow<Kel
 std::int64_t luvToRGB32f3(const Kel32f* s, Kel32f* d, int w) { return luvToRGBRow<Kel32f, 3>(s, d, w); }
 std::int64_t luvToRGB32f4(const Kel32f* s, Kel32f* d, int w) { return luvToRGBRow<Kel32f, 4>(s, d, w); }
 
+// ---- float RGB to LUV ---------------------------------------------------------------------------
+//
+// The sums X, Y, Z of exact products, in doubles within 2^-51 M of the
+// extended ones (M the sum of the products' sizes; two roundings each).  The
+// branch Y <= y0 is decided where Y is farther than 2^-50 M from y0; past it
+// the extended kernel rounds X, Y, Z to floats, decided where their ends
+// -+ 2^-50 M round to one float, and from there both work on the same floats.
+// The power Y^p is exp(p log Y) with the vector math library's log and exp
+// (4 and 1 ulp; |p log Y| < 1.6), within 2^-47 of the C library's pow
+// relatively, so L = 116 Y^p - 16 (at least 8 there) is within
+// E_L = 2^-43 |L|; on the linear branch L = k Y within k 2^-50 M_Y + 2^-52 |L|.
+// d = 3Z + (15Y + X) has the condition number kappa = (3 |Z| + 15 |Y| + |X| +
+// the sums' own error sizes) / |d|, and u = 4X / d and v = 9Y / d are within
+// (kappa + 4) 2^-51 relatively, u - un within ((kappa + 4) |u| + un +
+// |u - un|) 2^-51; U = 13 L (u - un) is then within
+// 13 (E_L + 2^-50 |L|) ((kappa + 4) |u| + un + |u - un|), V likewise.  Each of
+// L, U, V is decided where its ends -+ twice its bound round to one float; a
+// zero Y on the linear branch is trusted only where the sum was exact (two-
+// sum), since it turns the chromaticity off.  NaN and infinities go to the
+// scalar kernel.
+template <int Pitch>
+std::int64_t luvRow32f(const Kel32f* src, Kel32f* dst, int width)
+{
+    const DD dd;
+    const hn::Rebind<float, DD> df;
+    const int lanes = static_cast<int>(hn::Lanes(dd));
+    const auto f = [&](float w) { return hn::Set(dd, static_cast<double>(w)); };
+    const auto n = [&](double w) { return hn::Set(dd, w); };
+    const VD zero = hn::Zero(dd), inf = n(std::numeric_limits<double>::infinity());
+    const VD un = f(0.197839f), vn = f(0.468342f), yJoin = f(0.008856f), kappaL = f(903.3f);
+    std::int64_t refusedCount = 0;
+    int x = 0;
+    // Both ends of v -+ e round to one float (a NaN or infinite bound never).
+    const auto oneFloat = [&](VD v, VD e) {
+        return hn::And(hn::Eq(hn::PromoteTo(dd, hn::DemoteTo(df, hn::Sub(v, e))), hn::PromoteTo(dd, hn::DemoteTo(df, hn::Add(v, e)))),
+                       hn::Lt(e, inf));
+    };
+    for (; x + lanes <= width; x += lanes) {
+        hn::Vec<decltype(df)> a, b, c, alpha;
+        if constexpr (Pitch == 3) hn::LoadInterleaved3(df, src + 3 * x, a, b, c);
+        else hn::LoadInterleaved4(df, src + 4 * x, a, b, c, alpha);
+        const VD R = hn::PromoteTo(dd, a), G = hn::PromoteTo(dd, b), B = hn::PromoteTo(dd, c);
+        const VD xr = hn::Mul(f(0.412453f), R), xg = hn::Mul(f(0.35758f), G), xb = hn::Mul(f(0.180423f), B);
+        const VD yr = hn::Mul(f(0.212671f), R), yg = hn::Mul(f(0.71516f), G), yb = hn::Mul(f(0.072169f), B);
+        const VD zr = hn::Mul(f(0.019334f), R), zg = hn::Mul(f(0.119193f), G), zb = hn::Mul(f(0.950227f), B);
+        const VD X = hn::Add(hn::Add(xr, xg), xb);
+        const VD yrg = hn::Add(yr, yg), Y = hn::Add(yb, yrg);
+        const VD Z = hn::Add(hn::Add(zg, zr), zb);
+        const VD Mx = hn::Add(hn::Add(hn::Abs(xr), hn::Abs(xg)), hn::Abs(xb));
+        const VD My = hn::Add(hn::Add(hn::Abs(yr), hn::Abs(yg)), hn::Abs(yb));
+        const VD Mz = hn::Add(hn::Add(hn::Abs(zr), hn::Abs(zg)), hn::Abs(zb));
+        const VD e50 = n(0x1p-50);
+        const MD linear = hn::Le(Y, yJoin);
+        MD decided = hn::Gt(hn::Abs(hn::Sub(Y, yJoin)), hn::Mul(My, e50));
+        // Past the join: X, Y, Z as floats.
+        decided = hn::And(decided, hn::Or(linear, hn::And(hn::And(oneFloat(X, hn::Mul(Mx, e50)), oneFloat(Y, hn::Mul(My, e50))),
+                                                          oneFloat(Z, hn::Mul(Mz, e50)))));
+        const VD Xf = hn::PromoteTo(dd, hn::DemoteTo(df, X)), Yf = hn::PromoteTo(dd, hn::DemoteTo(df, Y)),
+                 Zf = hn::PromoteTo(dd, hn::DemoteTo(df, Z));
+        const VD Xu = hn::IfThenElse(linear, X, Xf), Yu = hn::IfThenElse(linear, Y, Yf), Zu = hn::IfThenElse(linear, Z, Zf);
+        const VD power = hn::Exp(dd, hn::Mul(n(0.3333333432674408), hn::Log(dd, hn::Max(Yf, yJoin))));
+        const VD L = hn::IfThenElse(linear, hn::Mul(kappaL, Y), hn::Sub(hn::Mul(n(116), power), n(16)));
+        const VD eL = hn::IfThenElse(linear, hn::Add(hn::Mul(hn::Mul(kappaL, My), n(0x1p-50)), hn::Mul(hn::Abs(L), n(0x1p-52))),
+                                     hn::Mul(hn::Abs(L), n(0x1p-43)));
+        // Chromaticity, off for a zero Y on the linear branch.
+        const MD exactY = hn::And(hn::Eq(sumError(yr, yg, yrg), zero), hn::Eq(sumError(yb, yrg, Y), zero));
+        const MD dark = hn::And(linear, hn::Eq(Y, zero));
+        decided = hn::And(decided, hn::Or(hn::Not(dark), exactY));
+        const VD d = hn::Add(hn::Mul(n(3), Zu), hn::Add(hn::Mul(n(15), Yu), Xu));
+        const VD safeD = hn::IfThenElse(dark, n(1), d);
+        const VD u = hn::IfThenZeroElse(dark, hn::Div(hn::Mul(n(4), Xu), safeD));
+        const VD v = hn::IfThenZeroElse(dark, hn::Div(hn::Mul(n(9), Yu), safeD));
+        const VD size = hn::Add(hn::Add(hn::Mul(n(3), hn::Add(hn::Abs(Zu), Mz)), hn::Mul(n(15), hn::Add(hn::Abs(Yu), My))),
+                                hn::Add(hn::Abs(Xu), Mx));
+        const VD kappa4 = hn::Add(hn::Div(size, hn::Abs(safeD)), n(4));
+        const VD L13 = hn::Mul(L, n(13));
+        const VD wu = hn::Sub(u, un), wv = hn::Sub(v, vn);
+        const VD U = hn::Mul(L13, wu), V = hn::Mul(L13, wv);
+        const VD scale = hn::Mul(n(13), hn::Add(eL, hn::Mul(hn::Abs(L), n(0x1p-50))));
+        const VD eU = hn::Mul(scale, hn::Add(hn::Add(hn::Mul(kappa4, hn::Abs(u)), un), hn::Abs(wu)));
+        const VD eV = hn::Mul(scale, hn::Add(hn::Add(hn::Mul(kappa4, hn::Abs(v)), vn), hn::Abs(wv)));
+        decided = hn::And(decided, hn::And(oneFloat(L, hn::Add(eL, eL)), hn::And(oneFloat(U, hn::Add(eU, eU)), oneFloat(V, hn::Add(eV, eV)))));
+        const MD refuse = hn::Not(decided);
+        const auto l32 = hn::DemoteTo(df, L), u32 = hn::DemoteTo(df, U), v32 = hn::DemoteTo(df, V);
+        const bool anyRefused = !hn::AllFalse(dd, refuse);
+        HWY_ALIGN Kel32f kept[4 * 16];  // the step's source, before an in-place store
+        if (anyRefused) {
+            if constexpr (Pitch == 3) hn::StoreInterleaved3(a, b, c, df, kept);
+            else hn::StoreInterleaved4(a, b, c, alpha, df, kept);
+        }
+        if constexpr (Pitch == 3) {
+            hn::StoreInterleaved3(l32, u32, v32, df, dst + 3 * x);
+        } else {
+            hn::Vec<decltype(df)> k0, k1, k2, keptAlpha;
+            hn::LoadInterleaved4(df, dst + 4 * x, k0, k1, k2, keptAlpha);
+            hn::StoreInterleaved4(l32, u32, v32, keptAlpha, df, dst + 4 * x);
+        }
+        if (anyRefused) {
+            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
+            rgbToLUVPixels32f(kept, dst + Pitch * x, maskBits(refuse), Pitch);
+        }
+    }
+    if (x < width) rgbToLUVPixels32f(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
+    return refusedCount;
+}
+
+std::int64_t rgbToLUV32f3(const Kel32f* s, Kel32f* d, int w) { return luvRow32f<3>(s, d, w); }
+std::int64_t rgbToLUV32f4(const Kel32f* s, Kel32f* d, int w) { return luvRow32f<4>(s, d, w); }
+
 } // namespace HWY_NAMESPACE
 } // namespace kel::cie
 HWY_AFTER_NAMESPACE();
@@ -549,6 +660,8 @@ HWY_EXPORT(yccToRGB4);
 HWY_EXPORT(luvToRGB3);
 HWY_EXPORT(luvToRGB4);
 HWY_EXPORT(luvToRGB32f3);
+HWY_EXPORT(rgbToLUV32f3);
+HWY_EXPORT(rgbToLUV32f4);
 HWY_EXPORT(luvToRGB32f4);
 HWY_EXPORT(rgbToXYZ32f3);
 HWY_EXPORT(rgbToXYZ32f4);
@@ -563,6 +676,8 @@ Row32f chooseRow32f(ModelVectorRow which, int pixelStride)
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f3) : &HWY_DYNAMIC_DISPATCH(rgbToXYZ32f4);
     case ModelVectorRow::XYZToRGB32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(xyzToRGB32f3) : &HWY_DYNAMIC_DISPATCH(xyzToRGB32f4);
+    case ModelVectorRow::RGBToLUV32f:
+        return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(rgbToLUV32f3) : &HWY_DYNAMIC_DISPATCH(rgbToLUV32f4);
     case ModelVectorRow::LUVToRGB32f:
         return pixelStride == 3 ? &HWY_DYNAMIC_DISPATCH(luvToRGB32f3) : &HWY_DYNAMIC_DISPATCH(luvToRGB32f4);
     default: return nullptr;

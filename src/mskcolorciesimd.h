@@ -30,6 +30,7 @@ void xyzPixels32f(bool forward, const Kel32f* src, Kel32f* dst, std::uint64_t pi
 void luvPixels8u(bool forward, const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride);
 void luvPixels(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStride);   // LUV to RGB
 void luvPixels(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
+void rgbToLUVPixels32f(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride);
 
 // The coded L of each coded luminance, as the 8-bit forward LUV kernel looks
 // it up.

@@ -632,6 +632,12 @@ void luvPixels(const Kel8u* src, Kel8u* dst, std::uint64_t pixels, int pixelStri
     luvPixels8u(false, src, dst, pixels, pixelStride);
 }
 
+void rgbToLUVPixels32f(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
+{
+    for (int i = 0; pixels != 0; ++i, pixels >>= 1)
+        if ((pixels & 1) != 0) innerRGBToLUV_32f_C3R(src + i * pixelStride, dst + i * pixelStride, 1, pixelStride);
+}
+
 void luvPixels(const Kel32f* src, Kel32f* dst, std::uint64_t pixels, int pixelStride)
 {
     for (int i = 0; pixels != 0; ++i, pixels >>= 1)

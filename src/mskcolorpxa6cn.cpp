@@ -100,7 +100,10 @@ void oneRow(Fast fast, FallbackTally& tally, const T* pSrc, int srcStep, T* pDst
             int pixelStride)
 {
     if constexpr (ByteSteps) {
-        Kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width, pixelStride);
+        const T* src = rowAt(pSrc, srcStep, y);
+        T* dst = rowAt(pDst, dstStep, y);
+        if (fast != nullptr) return tally.add(fast(src, dst, width));
+        Kernel(src, dst, width, pixelStride);
     } else {
         const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;
         T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;

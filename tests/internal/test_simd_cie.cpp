@@ -150,6 +150,8 @@ const FloatMember kFloatMembers[] = {
     {"RGBToXYZ 32f AC4", ModelVectorRow::RGBToXYZ32f, 4, innerRGBToXYZ_32f_C3R},
     {"XYZToRGB 32f C3", ModelVectorRow::XYZToRGB32f, 3, innerXYZToRGB_32f_C3R},
     {"XYZToRGB 32f AC4", ModelVectorRow::XYZToRGB32f, 4, innerXYZToRGB_32f_C3R},
+    {"RGBToLUV 32f C3", ModelVectorRow::RGBToLUV32f, 3, innerRGBToLUV_32f_C3R},
+    {"RGBToLUV 32f AC4", ModelVectorRow::RGBToLUV32f, 4, innerRGBToLUV_32f_C3R},
     {"LUVToRGB 32f C3", ModelVectorRow::LUVToRGB32f, 3, innerLUVToRGB_32f_C3R},
     {"LUVToRGB 32f AC4", ModelVectorRow::LUVToRGB32f, 4, innerLUVToRGB_32f_C3R},
 };
@@ -202,7 +204,10 @@ TEST(SimdCie, FewFloatPixelsAreRefused)
                                      src.data(), m.pitch * 4 * width, luv.data(), m.pitch * 4 * width, {width, 1}));
                 src = luv;
             }
-            EXPECT_LT(row(src.data(), dst.data(), width), width / 1000) << target << ", " << m.name;
+            // The forward LUV refuses about 0.4% of random colours; the others
+            // below 0.1%.
+            const int bound = m.which == ModelVectorRow::RGBToLUV32f ? width / 100 : width / 1000;
+            EXPECT_LT(row(src.data(), dst.data(), width), bound) << target << ", " << m.name;
         }
     });
 }
