@@ -7,6 +7,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -210,6 +211,45 @@ TEST(SimdCie, FewFloatPixelsAreRefused)
             EXPECT_LT(row(src.data(), dst.data(), width), bound) << target << ", " << m.name;
         }
     });
+}
+
+} // namespace
+
+namespace {
+
+// 10^8 pixels through each float row on the processor's own target: colours
+// of every kind (as above) and the LUV of random colours for the inverse;
+// every result against the scalar kernel, and the refused share.
+TEST(LongSweepCie, HundredMillionFloatPixelsEachRow)
+{
+    const std::int64_t total = 100'000'000;
+    const int width = 1 << 20;
+    for (const FloatMember& m : kFloatMembers) {
+        if (m.pitch != 3) continue;
+        const Row32f row = chooseRow32f(m.which, 3);
+        if (row == nullptr) GTEST_SKIP() << "no vector rows in this build";
+        std::mt19937 gen(77);
+        std::int64_t refused = 0, mismatches = 0;
+        for (std::int64_t done = 0; done < total; done += width) {
+            std::vector<Kel32f> src = floatSamples(3 * static_cast<std::size_t>(width), gen);
+            if (m.which == ModelVectorRow::LUVToRGB32f && done / width % 2 == 0) {
+                std::vector<Kel32f> luv(src.size());
+                keliRGBToLUV_32f_C3R(src.data(), 12 * width, luv.data(), 12 * width, {width, 1});
+                src = luv;
+            }
+            std::vector<Kel32f> fast(src.size()), exact(src.size());
+            refused += row(src.data(), fast.data(), width);
+            m.kernel(src.data(), exact.data(), width, 3);
+            if (!sameBits(fast, exact))
+                for (std::size_t i = 0; i < fast.size(); ++i)
+                    if (std::bit_cast<std::uint32_t>(fast[i]) != std::bit_cast<std::uint32_t>(exact[i]) && mismatches++ < 5)
+                        ADD_FAILURE() << m.name << ": pixel " << i / 3 << " channel " << i % 3 << " want " << exact[i]
+                                      << " got " << fast[i];
+        }
+        EXPECT_EQ(0, mismatches) << m.name;
+        std::printf("%s: %lld pixels, %lld refused (%.2e)\n", m.name, static_cast<long long>(total),
+                    static_cast<long long>(refused), static_cast<double>(refused) / static_cast<double>(total));
+    }
 }
 
 } // namespace
