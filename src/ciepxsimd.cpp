@@ -27,17 +27,18 @@
 // the tests compare the same values.
 //
 // x and z rounded to floats.  The two quotients lie within 1.001 u x of each
-// other, below 2^-52 x: the float is decided where every value that near
-// rounds to it (floatDecided).  x and z are above 7e-4 here (y above t0
-// needs a channel above 0), so their floats are normal.
+// other, less than 2 units of the double x's last place: the float is
+// decided where x lies 2 units or more from a point halfway between two
+// floats (floatDecided).  x and z are above 7e-4 here (y above t0 needs a
+// channel above 0), so their floats are normal.
 //
 // The powers.  The extended kernel calls pow (error below 1 ulp, 2u of the
 // result) on its quotient rounded to a double, which may be the double next
 // to ours (a double rounding): relatively 2u apart, p * 2u = 0.67u apart
-// after the power.  thirdPower's own error is below 8u (its derivation is at
-// the function, a test measures it).  The linear pieces y s + o carry three
-// roundings and the extended kernel may round them to a double: 4u.  So
-// every f (fx, fy, fz) lies within rf = 16u of f relatively.
+// after the power.  thirdPower's own error is below 10u (its derivation is at
+// the function, a test measures it): 12.7u.  The linear pieces y s + o carry
+// three roundings and the extended kernel may round them to a double: 4u.
+// So every f (fx, fy, fz) lies within rf = 16u of f relatively.
 //
 // L.  Cubic: 116 fy - 16 is exact in the extended type (fy a double above
 // 0.2, a multiple of 2^-55; 116 fy a multiple of 2^-53 below 2^7: 60 bits,
@@ -46,8 +47,9 @@
 // 116 * 1.0001 * 16u + 216u = 2073u, relatively 2073u / 7.99 < 260u.
 // Linear: k y carries one rounding on top of y's, 2.01u relatively.  So L is
 // within rL = 2^-44 (512u) of L relatively.
-//   Held as a float (8-bit codes): decided like x and z, with rL L.  Then
-//   trunc((Lf 255) / 100 + 0.5) is exact in doubles: Lf 255 is exact (32
+//   Held as a float (8-bit codes): decided like x and z; rL L is below 2^9
+//   units of L's last place, so 512 units from a halfway point decide it.
+//   Then trunc((Lf 255) / 100 + 0.5) is exact in doubles: Lf 255 is exact (32
 //   bits), and with L at least 0.255 (the smallest non-zero y times k) Lf 255
 //   is a multiple of 2^-25, so t / 100 + 0.5 is an integer or at least
 //   2^-25 / 100 below one, where no rounding of either type reaches.
@@ -117,34 +119,26 @@ constexpr double kToG[3] = {-0.969256f, 1.875991f, 0.041556f};
 constexpr double kToB[3] = {0.055648f, -0.204043f, 1.057311f};
 
 // The bounds derived above.
-constexpr double kQuotientBound = 0x1p-52;  // x and z, relative
-constexpr double kLightBound = 0x1p-44;     // L, relative
+constexpr std::int64_t kQuotientReach = 2;  // x and z, in units of their last place
+constexpr std::int64_t kLightReach = 512;   // L held as a float, likewise
 constexpr double kLight16Bound = 0x1p-43;   // (L 65535) / 100, relative
 constexpr double kChroma8Bound = 0x1p-38;   // a + 128.5, b + 128.5
 constexpr double kChroma16Bound = 0x1p-30;  // (a + 128) 255, (b + 128) 255
 constexpr double kInverseBound = 0x1p-37;   // the colour sums of the inverse
 
-// Series coefficients, worked in the extended type and rounded once:
-// log2(m) = sum 2 / ((2k + 1) ln 2) s^(2k + 1) with s = (m - 1) / (m + 1), and
-// 2^r = sum (ln 2)^k / k! r^k.
-constexpr long double kLn2 = 0.693147180559945309417232121458176568L;
-constexpr int kLogTerms = 10, kExpTerms = 14;
-struct Series {
-    double log2[kLogTerms];
-    double exp2[kExpTerms];
-};
-constexpr Series makeSeries()
-{
-    Series s{};
-    for (int k = 0; k < kLogTerms; ++k) s.log2[k] = static_cast<double>(2.0L / ((2 * k + 1) * kLn2));
-    long double term = 1.0L;
-    for (int k = 0; k < kExpTerms; ++k) {
-        s.exp2[k] = static_cast<double>(term);
-        term = term * kLn2 / (k + 1);
-    }
-    return s;
-}
-constexpr Series kSeries = makeSeries();
+// Near-minimax polynomials (Chebyshev interpolation in 50-digit arithmetic,
+// rounded to doubles), lowest degree first:
+//   log2(m) / s as a polynomial in s^2, s = (m - 1) / (m + 1), s^2 in [0, 0.02945]:
+//   relatively within 0.011u;
+//   2^r on [-0.501, 0.501]: within 0.042u of values above 0.70.
+constexpr int kLogTerms = 8, kExpTerms = 12;
+constexpr double kLog2Series[kLogTerms] = {
+    2.8853900817779268,  0.96179669392598977, 0.57707801634549358, 0.41219858584694021,
+    0.32059853426872768, 0.26233438759167224, 0.22091214476562217, 0.21366877961402537};
+constexpr double kExp2Series[kExpTerms] = {
+    1.0,                   0.69314718055994531,   0.24022650695910161,    0.055504108664821628,
+    0.0096181291075865922, 0.0013333558146406117, 0.00015403530464573219, 1.5252733842009232e-5,
+    1.3215432100216046e-6, 1.0178056855501161e-7, 7.0742716010737187e-9,  4.4558591123302077e-10};
 
 } // namespace kel::lab
 #endif
@@ -171,20 +165,55 @@ HWY_INLINE VF constant(double v)
 
 // ---- the power ---------------------------------------------------------------------------
 //
-// y^p = 2^(p log2 y) for y in [2^-8, 2).  y = m 2^e with m in [0.707, 1.415]
-// (exact, from the bits).  s = (m - 1) / (m + 1): m - 1 is exact, the sum and
-// the quotient rounded, |s| <= 0.1716, relatively 2.01u.  log2 m = s times
-// ten terms in s^2 (the rest below 0.2u), Horner steps damped by
-// s^2 < 0.03 (1.1u), coefficients (0.5u), the product (u): relatively 4.9u,
-// below 2.45u absolutely.  p e is exact (p has 24 bits, |e| <= 8); n the
-// nearest integer to p e + p log2 m; r = (p e - n) + p log2 m with p e - n
-// exact, so r carries p's share of log2 m's error (0.82u), the product's
-// rounding (0.17u) and the sum's (0.51u): 1.5u absolutely, |r| <= 0.51, a
-// relative error of 1.04u in 2^r.  2^r by 14 terms of its series (the rest
-// below 0.05u) in Horner steps: rounding and coefficients within 3.7u of a
-// value at least 0.70.  2^n is exact.  So thirdPower is within 5u of y^p
-// relatively; 8u is what the guards assume.  At y = 1 every step is exact
-// and the power is 1.
+// sum c[k] t^k for k from First, Count terms, by Estrin's scheme: the lower
+// terms plus t^h times the upper ones, h the largest power of two below Count,
+// both halves alike down to single terms; powers[j] = t^(2^j).  The chain of
+// dependent steps is short, and each step rounds once.
+template <int First, int Count>
+HWY_INLINE VF estrin(const double* c, const VF* powers)
+{
+    if constexpr (Count == 1) {
+        return constant(c[First]);
+    } else {
+        constexpr int level = Count > 8 ? 3 : (Count > 4 ? 2 : (Count > 2 ? 1 : 0));
+        constexpr int lower = 1 << level;
+        return hn::Add(estrin<First, lower>(c, powers),
+                       hn::Mul(estrin<First + lower, Count - lower>(c, powers), powers[level]));
+    }
+}
+
+template <int Terms>
+HWY_INLINE VF polynomial(const double (&c)[Terms], VF t)
+{
+    static_assert(Terms <= 16, "powers up to t^8");
+    VF powers[4];
+    powers[0] = t;
+    for (int j = 1; j < 4; ++j) powers[j] = hn::Mul(powers[j - 1], powers[j - 1]);
+    return estrin<0, Terms>(c, powers);
+}
+
+// y^p = 2^(p log2 y) for y in [2^-8, 2).  Below, "half an ulp" of a value
+// in [2^k, 2^(k+1)) is 2^k u.
+//   y = m 2^e with m in [0.707, 1.415], exact (from the bits).
+//   s = (m - 1) / (m + 1): m - 1 exact, the sum and the quotient rounded:
+//   relatively 2.01u; |s| <= 0.1716, s^2 <= 0.02945 (5u relatively).
+//   P(s^2) = log2(m) / s, near 2.885..2.914: the fit 0.011u, the rounding of
+//   c0 (2u, half an ulp of 2.885) and of the three sums Estrin's scheme ends
+//   in (2u each), all relative to 2.885: 2.8u; the products and s^2's error
+//   reach P through terms below 0.03 of it: 0.1u.  log2 m = s P: 2.01u + 2.9u
+//   + u = 5.9u relatively, and |log2 m| <= 0.5: 2.95u absolutely.
+//   p e is exact (p has 24 bits, |e| <= 8); n is the nearest integer to
+//   p e + p log2 m, r = (p e - n) + p log2 m with p e - n exact: p's share of
+//   log2 m's error (0.98u), the product's rounding (0.125u) and the sum's
+//   (0.5u, |r| <= 0.501): 1.6u absolutely, a relative error of 1.11u in 2^r.
+//   2^r by its 12-term fit (0.042u) in Estrin's steps: 1 + c1 r rounded
+//   twice (1.25u), the three sums after it (u each, all below 1.42), the
+//   inner terms (0.2u), the coefficients' rounding (u times the sum of the
+//   terms beyond the first, below 0.42): 4.9u absolutely of a value at least
+//   0.707, 7u relatively.  2^n is exact.
+// So thirdPower is within 8.2u of y^p relatively, below the 10u the guards
+// assume (a test measures under 2u).  At y = 1 every step is exact and the
+// power is 1.
 HWY_INLINE VF thirdPower(VF y)
 {
     const DF df;
@@ -200,18 +229,14 @@ HWY_INLINE VF thirdPower(VF y)
     const VF e = hn::IfThenElse(high, hn::Add(biased, one), biased);
 
     const VF s = hn::Div(hn::Sub(m, one), hn::Add(m, one));
-    const VF s2 = hn::Mul(s, s);
-    VF log2Series = constant(kSeries.log2[kLogTerms - 1]);
-    for (int k = kLogTerms - 2; k >= 0; --k) log2Series = hn::Add(hn::Mul(log2Series, s2), constant(kSeries.log2[k]));
-    const VF log2m = hn::Mul(s, log2Series);
+    const VF log2m = hn::Mul(s, polynomial(kLog2Series, hn::Mul(s, s)));
 
     const VF third = constant(kThird);
     const VF pe = hn::Mul(third, e);
     const VF pl = hn::Mul(third, log2m);
     const VF n = hn::Round(hn::Add(pe, pl));
     const VF r = hn::Add(hn::Sub(pe, n), pl);
-    VF power = constant(kSeries.exp2[kExpTerms - 1]);
-    for (int k = kExpTerms - 2; k >= 0; --k) power = hn::Add(hn::Mul(power, r), constant(kSeries.exp2[k]));
+    const VF power = polynomial(kExp2Series, r);
     // 2^n from n's bits laid under 2^52's, shifted into the exponent field.
     const VF scale = hn::BitCast(df, hn::ShiftLeft<52>(hn::BitCast(du, hn::Add(n, constant(0x1p52 + 1023)))));
     return hn::Mul(power, scale);
@@ -219,24 +244,21 @@ HWY_INLINE VF thirdPower(VF y)
 
 // ---- the guards -----------------------------------------------------------------------
 
-// The float nearest v (v > 0, a normal float), and whether every value
-// within err of v rounds to it: v - f (exact) stays inside the float's
-// interval, halfway to each neighbour, by more than err.  A computed sum
-// that clears a bound means the exact one does (rounding is monotone).
-HWY_INLINE MF floatDecided(VF v, VF err, VF& rounded)
+// The float nearest v (v >= 0, zero or a normal float), and whether every
+// value within `reach` units of v's last place rounds to it: the float's
+// rounding changes only where the 29 bits it drops from the double read
+// exactly 2^28 (halfway between two floats), so v is decided where those bits
+// lie `reach` or more from 2^28.  (The next binade's halfway point lies 2^28
+// units away.)
+template <std::int64_t kReach>
+HWY_INLINE MF floatDecided(VF v, VF& rounded)
 {
-    const DF df;
-    const DF32 df32;
-    const DU32 du32;
-    const auto f = hn::DemoteTo(df32, v);
-    const auto bits = hn::BitCast(du32, f);
-    const VF up = hn::PromoteTo(df, hn::BitCast(df32, hn::Add(bits, hn::Set(du32, 1u))));
-    const VF down = hn::PromoteTo(df, hn::BitCast(df32, hn::Sub(bits, hn::Set(du32, 1u))));
-    rounded = hn::PromoteTo(df, f);
-    const VF half = constant(0.5);
-    const VF above = hn::Mul(hn::Sub(up, rounded), half), below = hn::Mul(hn::Sub(rounded, down), half);
-    const VF off = hn::Sub(v, rounded);
-    return hn::And(hn::Lt(hn::Add(off, err), above), hn::Gt(hn::Sub(off, err), hn::Neg(below)));
+    const hn::RebindToSigned<DF> di;
+    rounded = hn::PromoteTo(DF(), hn::DemoteTo(DF32(), v));
+    const auto dropped = hn::And(hn::BitCast(di, v), hn::Set(di, (std::int64_t{1} << 29) - 1));
+    constexpr std::int64_t kHalfway = std::int64_t{1} << 28;
+    return hn::RebindMask(DF(), hn::Or(hn::Gt(dropped, hn::Set(di, kHalfway + kReach - 1)),
+                                       hn::Lt(dropped, hn::Set(di, kHalfway - kReach + 1))));
 }
 
 // Whether every value within err of v truncates as v does: v lies further
@@ -276,8 +298,8 @@ HWY_INLINE LabLanes bgrToLab(VF B, VF G, VF R)
 
     const MF cubicY = hn::Gt(y, t0);
     VF xFloat, zFloat;
-    const MF xDecided = floatDecided(x, hn::Mul(x, constant(kQuotientBound)), xFloat);
-    const MF zDecided = floatDecided(z, hn::Mul(z, constant(kQuotientBound)), zFloat);
+    const MF xDecided = floatDecided<kQuotientReach>(x, xFloat);
+    const MF zDecided = floatDecided<kQuotientReach>(z, zFloat);
     x = hn::IfThenElse(cubicY, xFloat, x);
     z = hn::IfThenElse(cubicY, zFloat, z);
     const MF cubicX = hn::Gt(x, t0), cubicZ = hn::Gt(z, t0);
@@ -299,10 +321,11 @@ HWY_INLINE LabLanes bgrToLab(VF B, VF G, VF R)
 }
 
 // 8-bit codes: L through its float, a and b + 128.5, each truncated.
-HWY_INLINE void labCodes8u(const LabLanes& lab, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b, MF& decided)
+HWY_INLINE void labCodes8u(const LabLanes& lab, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b,
+                           MF& decided)
 {
     VF lightFloat;
-    const MF lightDecided = floatDecided(lab.L, hn::Mul(lab.L, constant(kLightBound)), lightFloat);
+    const MF lightDecided = floatDecided<kLightReach>(lab.L, lightFloat);
     const VF l = hn::Add(hn::Div(hn::Mul(lightFloat, constant(255.0)), constant(100.0)), constant(0.5));
     const VF av = hn::Add(lab.a, constant(128.5)), bv = hn::Add(lab.b, constant(128.5));
     const VF bound = constant(kChroma8Bound);
@@ -315,7 +338,8 @@ HWY_INLINE void labCodes8u(const LabLanes& lab, hn::Vec<DI32>& L, hn::Vec<DI32>&
 }
 
 // 16-bit codes: (L 65535) / 100, (a + 128) 255 and (b + 128) 255 truncated.
-HWY_INLINE void labCodes16u(const LabLanes& lab, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b, MF& decided)
+HWY_INLINE void labCodes16u(const LabLanes& lab, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b,
+                            MF& decided)
 {
     const VF l = hn::Div(hn::Mul(lab.L, constant(65535.0)), constant(100.0));
     const VF av = hn::Mul(hn::Add(lab.a, constant(128.0)), constant(255.0));
@@ -429,9 +453,11 @@ HWY_INLINE std::uint32_t refusedBits(MF decided, int part)
 // undecided pixels the extended conversion replaces, and copied out: nothing
 // of the step is stored before its source is read, so a row converted in
 // place still holds the pixels the extended conversion reads.
-template <typename Src, typename Dst, class Convert, class Exact>
-HWY_INLINE int labRow(const Src* src, Dst* dst, int width, std::int64_t* refused, const Convert& convert,
-                      const Exact& exact)
+using Codes = hn::Vec<DI32>;
+
+template <typename Src, typename Dst, void (*kConvert)(VF, VF, VF, Codes&, Codes&, Codes&, MF&),
+          void (*kExact)(const Src*, Dst*, std::uint32_t)>
+HWY_INLINE int labRow(const Src* src, Dst* dst, int width, std::int64_t* refused)
 {
     const int lanes = static_cast<int>(hn::Lanes(DF()));
     Channels<Src> in;
@@ -442,10 +468,10 @@ HWY_INLINE int labRow(const Src* src, Dst* dst, int width, std::int64_t* refused
         loadStep(src + 3 * x, in);
         std::uint32_t undecided = 0;
         for (int part = 0; part < kStep; part += lanes) {
-            hn::Vec<DI32> c0, c1, c2;
+            Codes c0, c1, c2;
             MF decided;
-            convert(channelLanes(in, 0, part), channelLanes(in, 1, part), channelLanes(in, 2, part), c0, c1, c2,
-                    decided);
+            kConvert(channelLanes(in, 0, part), channelLanes(in, 1, part), channelLanes(in, 2, part), c0, c1, c2,
+                     decided);
             storeCodes(c0, out, 0, part);
             storeCodes(c1, out, 1, part);
             storeCodes(c2, out, 2, part);
@@ -456,7 +482,7 @@ HWY_INLINE int labRow(const Src* src, Dst* dst, int width, std::int64_t* refused
             continue;
         }
         storeStep(out, scratch);
-        exact(src + 3 * x, scratch, undecided);
+        kExact(src + 3 * x, scratch, undecided);
         *refused += hwy::PopCount(undecided);
         const hn::ScalableTag<std::uint8_t> d8;
         const int bytes = static_cast<int>(sizeof scratch), vector = static_cast<int>(hn::Lanes(d8));
@@ -470,68 +496,68 @@ HWY_INLINE int labRow(const Src* src, Dst* dst, int width, std::int64_t* refused
     return x;
 }
 
-int bgrToLabRow8u(const Kel8u* src, Kel8u* dst, int width, std::int64_t* refused)
+HWY_INLINE void toLab8u(VF B, VF G, VF R, Codes& L, Codes& a, Codes& b, MF& decided)
 {
-    return labRow(
-        src, dst, width, refused,
-        [](VF B, VF G, VF R, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b, MF& decided) {
-            labCodes8u(bgrToLab(B, G, R), L, a, b, decided);
-        },
-        bgrToLabPixels8u);
+    labCodes8u(bgrToLab(B, G, R), L, a, b, decided);
 }
 
-int bgrToLabRow8u16u(const Kel8u* src, Kel16u* dst, int width, std::int64_t* refused)
+HWY_INLINE void toLab8u16u(VF B, VF G, VF R, Codes& L, Codes& a, Codes& b, MF& decided)
 {
-    return labRow(
-        src, dst, width, refused,
-        [](VF B, VF G, VF R, hn::Vec<DI32>& L, hn::Vec<DI32>& a, hn::Vec<DI32>& b, MF& decided) {
-            labCodes16u(bgrToLab(B, G, R), L, a, b, decided);
-        },
-        bgrToLabPixels8u16u);
+    labCodes16u(bgrToLab(B, G, R), L, a, b, decided);
 }
 
 // P = ((L 100) / 255 + 16) / 116, Q = (a - 128) / 500 + P, W = P - (b - 128) / 200,
 // the differences on integers; R = trunc(r + 0.5).
-int labToBGRRow8u(const Kel8u* src, Kel8u* dst, int width, std::int64_t* refused)
+HWY_INLINE void toBGR8u(VF L, VF a, VF b, Codes& B, Codes& G, Codes& R, MF& decided)
 {
-    return labRow(
-        src, dst, width, refused,
-        [](VF L, VF a, VF b, hn::Vec<DI32>& B, hn::Vec<DI32>& G, hn::Vec<DI32>& R, MF& decided) {
-            const VF P = hn::Div(hn::Add(hn::Div(hn::Mul(L, constant(100.0)), constant(255.0)), constant(16.0)),
-                                 constant(116.0));
-            const VF Q = hn::Add(hn::Div(hn::Sub(a, constant(128.0)), constant(500.0)), P);
-            const VF W = hn::Sub(P, hn::Div(hn::Sub(b, constant(128.0)), constant(200.0)));
-            VF r, g, bl;
-            xyzToBGR<true>(P, Q, W, r, g, bl);
-            const VF half = constant(0.5);
-            decided = hn::Eq(half, half);
-            B = colourByte(hn::Add(bl, half), decided);
-            G = colourByte(hn::Add(g, half), decided);
-            R = colourByte(hn::Add(r, half), decided);
-        },
-        labToBGRPixels8u);
+    const VF P = hn::Div(hn::Add(hn::Div(hn::Mul(L, constant(100.0)), constant(255.0)), constant(16.0)),
+                         constant(116.0));
+    const VF Q = hn::Add(hn::Div(hn::Sub(a, constant(128.0)), constant(500.0)), P);
+    const VF W = hn::Sub(P, hn::Div(hn::Sub(b, constant(128.0)), constant(200.0)));
+    VF r, g, bl;
+    xyzToBGR<true>(P, Q, W, r, g, bl);
+    const VF half = constant(0.5);
+    decided = hn::Eq(half, half);
+    B = colourByte(hn::Add(bl, half), decided);
+    G = colourByte(hn::Add(g, half), decided);
+    R = colourByte(hn::Add(r, half), decided);
 }
 
 // P = ((L 100) / 65535 + 16) / 116, Q = ((a / 255) - 128) / 500 + P,
 // W = P - ((b / 255) - 128) / 200; R = trunc(r).
+HWY_INLINE void toBGR16u8u(VF L, VF a, VF b, Codes& B, Codes& G, Codes& R, MF& decided)
+{
+    const VF k255 = constant(255.0), k128 = constant(128.0);
+    const VF P = hn::Div(hn::Add(hn::Div(hn::Mul(L, constant(100.0)), constant(65535.0)), constant(16.0)),
+                         constant(116.0));
+    const VF Q = hn::Add(hn::Div(hn::Sub(hn::Div(a, k255), k128), constant(500.0)), P);
+    const VF W = hn::Sub(P, hn::Div(hn::Sub(hn::Div(b, k255), k128), constant(200.0)));
+    VF r, g, bl;
+    xyzToBGR<false>(P, Q, W, r, g, bl);
+    decided = hn::Eq(P, P);
+    B = colourByte(bl, decided);
+    G = colourByte(g, decided);
+    R = colourByte(r, decided);
+}
+
+int bgrToLabRow8u(const Kel8u* src, Kel8u* dst, int width, std::int64_t* refused)
+{
+    return labRow<Kel8u, Kel8u, toLab8u, bgrToLabPixels8u>(src, dst, width, refused);
+}
+
+int bgrToLabRow8u16u(const Kel8u* src, Kel16u* dst, int width, std::int64_t* refused)
+{
+    return labRow<Kel8u, Kel16u, toLab8u16u, bgrToLabPixels8u16u>(src, dst, width, refused);
+}
+
+int labToBGRRow8u(const Kel8u* src, Kel8u* dst, int width, std::int64_t* refused)
+{
+    return labRow<Kel8u, Kel8u, toBGR8u, labToBGRPixels8u>(src, dst, width, refused);
+}
+
 int labToBGRRow16u8u(const Kel16u* src, Kel8u* dst, int width, std::int64_t* refused)
 {
-    return labRow(
-        src, dst, width, refused,
-        [](VF L, VF a, VF b, hn::Vec<DI32>& B, hn::Vec<DI32>& G, hn::Vec<DI32>& R, MF& decided) {
-            const VF k255 = constant(255.0), k128 = constant(128.0);
-            const VF P = hn::Div(hn::Add(hn::Div(hn::Mul(L, constant(100.0)), constant(65535.0)), constant(16.0)),
-                                 constant(116.0));
-            const VF Q = hn::Add(hn::Div(hn::Sub(hn::Div(a, k255), k128), constant(500.0)), P);
-            const VF W = hn::Sub(P, hn::Div(hn::Sub(hn::Div(b, k255), k128), constant(200.0)));
-            VF r, g, bl;
-            xyzToBGR<false>(P, Q, W, r, g, bl);
-            decided = hn::Eq(P, P);
-            B = colourByte(bl, decided);
-            G = colourByte(g, decided);
-            R = colourByte(r, decided);
-        },
-        labToBGRPixels16u8u);
+    return labRow<Kel16u, Kel8u, toBGR16u8u, labToBGRPixels16u8u>(src, dst, width, refused);
 }
 
 // Whole vectors of thirdPower over an array (count a multiple of 8).

@@ -96,7 +96,7 @@ TEST(SimdLab, EveryTargetHasRowsOfItsOwn)
     }
 }
 
-// y^p against the extended type's powl over [2^-8, 2): within the 8u
+// y^p against the extended type's powl over [2^-8, 2): within the 10u
 // (relative, u = 2^-53) the guards assume; exactly 1 at 1.
 TEST(SimdLab, ThirdPowerStaysWithinItsBound)
 {
@@ -112,6 +112,9 @@ TEST(SimdLab, ThirdPowerStaysWithinItsBound)
                      0.7071067811865476, 0.125, 0.25})
         y.push_back(v);
     while (y.size() % 8 != 0) y.push_back(1.0);
+    std::vector<long double> exact(y.size());
+    for (std::size_t i = 0; i < y.size(); ++i)
+        exact[i] = std::pow(static_cast<long double>(y[i]), static_cast<long double>(p));
     std::vector<double> got(y.size());
     kt::forEachSimdTarget([&](const std::string& target) {
         double worst = 0;
@@ -120,10 +123,9 @@ TEST(SimdLab, ThirdPowerStaysWithinItsBound)
             thirdPowerForTest(y.data() + at, got.data() + at, count);
         }
         for (std::size_t i = 0; i < y.size(); ++i) {
-            const long double exact = std::pow(static_cast<long double>(y[i]), static_cast<long double>(p));
-            const double error = static_cast<double>(std::fabs((got[i] - exact) / exact)) * 0x1p53;
+            const double error = static_cast<double>(std::fabs((got[i] - exact[i]) / exact[i])) * 0x1p53;
             worst = std::max(worst, error);
-            ASSERT_LE(error, 8.0) << target << ", y = " << y[i];
+            ASSERT_LE(error, 10.0) << target << ", y = " << y[i];
         }
         thirdPowerForTest(std::vector<double>(8, 1.0).data(), got.data(), 8);
         EXPECT_EQ(1.0, got[0]) << target;
@@ -187,6 +189,36 @@ TEST(SimdLab, InPlaceRowsMatchTheKernel)
             }
         });
     }
+}
+
+// The per-pixel conversions the rows hand undecided pixels to write exactly
+// the chosen pixels, as the kernel converts them.
+template <typename Src, typename Dst>
+void pixelsMatch(const Member<Src, Dst>& m, void (*pixels)(const Src*, Dst*, std::uint32_t))
+{
+    std::mt19937 gen(3);
+    for (int k = 0; k < 200; ++k) {
+        std::vector<Src> src(3 * 32);
+        for (auto& v : src) v = static_cast<Src>(gen());
+        const std::uint32_t which = k == 0 ? 0xFFFFFFFFu : static_cast<std::uint32_t>(gen());
+        std::vector<Dst> want(src.size()), got(src.size());
+        for (auto& d : got) d = static_cast<Dst>(gen());
+        m.kernel(src.data(), want.data(), 32);
+        const std::vector<Dst> before = got;
+        pixels(src.data(), got.data(), which);
+        for (int i = 0; i < 32; ++i)
+            for (int c = 0; c < 3; ++c)
+                ASSERT_EQ((which >> i & 1) != 0 ? want[3 * i + c] : before[3 * i + c], got[3 * i + c])
+                    << m.name << ", pixel " << i << ", channel " << c;
+    }
+}
+
+TEST(SimdLab, HandedBackPixelsAreConvertedExactly)
+{
+    pixelsMatch(kToLab8, bgrToLabPixels8u);
+    pixelsMatch(kToLab16, bgrToLabPixels8u16u);
+    pixelsMatch(kFromLab8, labToBGRPixels8u);
+    pixelsMatch(kFromLab16, labToBGRPixels16u8u);
 }
 
 TEST(SimdLab, EveryColourToLab8u)
