@@ -31,28 +31,32 @@ extern "C" {
 KEL_API KelResult keliBGRToLab_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerBGRToLab_8u_C3R, lab::chooseBGRToLabRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerBGRToLab_8u_C3R, lab::chooseBGRToLabRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliBGRToLab_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerBGRToLab_8u16u_C3R, lab::chooseBGRToLabRow8u16u(), pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerBGRToLab_8u16u_C3R, lab::chooseBGRToLabRow8u16u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerLabToBGR_8u_C3R, lab::chooseLabToBGRRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerLabToBGR_8u_C3R, lab::chooseLabToBGRRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerLabToBGR_16u8u_C3R, lab::chooseLabToBGRRow16u8u(), pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerLabToBGR_16u8u_C3R, lab::chooseLabToBGRRow16u8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 

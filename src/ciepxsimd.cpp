@@ -223,7 +223,9 @@ HWY_INLINE VF thirdPower(VF y)
     // The biased exponent as a double: its bits laid under 2^52's.
     const VF biased = hn::Sub(hn::BitCast(df, hn::Or(hn::ShiftRight<52>(bits), hn::Set(du, 0x4330000000000000ull))),
                               constant(0x1p52 + 1023));
-    VF m = hn::BitCast(df, hn::Or(hn::And(bits, hn::Set(du, 0x000FFFFFFFFFFFFFull)), hn::Set(du, 0x3FF0000000000000ull)));
+    // The significand under 1.0's exponent: m in [1, 2).
+    VF m = hn::BitCast(df, hn::Or(hn::And(bits, hn::Set(du, 0x000FFFFFFFFFFFFFull)),
+                                  hn::Set(du, 0x3FF0000000000000ull)));
     const MF high = hn::Gt(m, constant(1.4142135623730951));
     m = hn::IfThenElse(high, hn::Mul(m, constant(0.5)), m);
     const VF e = hn::IfThenElse(high, hn::Add(biased, one), biased);
@@ -289,9 +291,11 @@ struct LabLanes {
 HWY_INLINE LabLanes bgrToLab(VF B, VF G, VF R)
 {
     const VF one = constant(1.0), t0 = constant(kThreshold);
-    const VF X = hn::Add(hn::Add(hn::Mul(constant(kToX[0]), B), hn::Mul(constant(kToX[1]), G)), hn::Mul(constant(kToX[2]), R));
-    const VF Y = hn::Add(hn::Add(hn::Mul(constant(kToY[0]), B), hn::Mul(constant(kToY[1]), G)), hn::Mul(constant(kToY[2]), R));
-    const VF Z = hn::Add(hn::Add(hn::Mul(constant(kToZ[0]), B), hn::Mul(constant(kToZ[1]), G)), hn::Mul(constant(kToZ[2]), R));
+    // Blue's term first, as the extended kernels add them.
+    const auto sum = [&](const double (&w)[3]) {
+        return hn::Add(hn::Add(hn::Mul(constant(w[0]), B), hn::Mul(constant(w[1]), G)), hn::Mul(constant(w[2]), R));
+    };
+    const VF X = sum(kToX), Y = sum(kToY), Z = sum(kToZ);
     VF x = hn::Div(X, constant(kWhiteX));
     const VF y = hn::Div(Y, constant(255.0));
     VF z = hn::Div(Z, constant(kWhiteZ));

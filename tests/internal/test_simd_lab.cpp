@@ -156,7 +156,8 @@ void rowsMatch(const Member<Src, Dst>& m, const std::vector<Src>& specials)
                 got = want;
                 m.kernel(src.data() + 1, want.data() + 1, width);
                 convertRow(m, src.data() + 1, got.data() + 1, width);
-                ASSERT_TRUE(want == got) << m.name << ", " << target << ", width " << width << ", rows of kind " << kind;
+                ASSERT_TRUE(want == got) << m.name << ", " << target << ", width " << width << ", rows of kind "
+                                         << kind;
             }
         }
     });
@@ -278,7 +279,8 @@ TEST(SimdLab, Inverse16uAlongLinesThroughEveryCode)
         std::vector<std::pair<int, int>> places;
         for (int u : along == 0 ? chromas : lights)
             for (int v : chromas) places.push_back({u, v});
-        for (int k = 0; k < 40; ++k) places.push_back({static_cast<int>(gen() % 65536), static_cast<int>(gen() % 65536)});
+        for (int k = 0; k < 40; ++k)
+            places.push_back({static_cast<int>(gen() % 65536), static_cast<int>(gen() % 65536)});
         for (const auto& [u, v] : places)
             for (int c = 0; c < 65536; ++c) {
                 Kel16u pixel[3];
@@ -289,7 +291,8 @@ TEST(SimdLab, Inverse16uAlongLinesThroughEveryCode)
             }
     }
     const std::int64_t refused = codesMatch(codes, "line");
-    std::printf("%zu codes on lines, %lld refused over all targets\n", codes.size() / 3, static_cast<long long>(refused));
+    std::printf("%zu codes on lines, %lld refused over all targets\n", codes.size() / 3,
+                static_cast<long long>(refused));
 }
 
 // Eight million random codes, and every corner of the code cube with its
@@ -389,8 +392,9 @@ TEST(LongSweepLab, HundredMillionInverse16uCodes)
     constexpr std::int64_t kTotal = 100'000'000, kBatch = 1 << 22;
     std::int64_t refused = 0, done = 0;
     std::vector<Kel16u> codes(3 * kBatch);
-    for (; done < kTotal; done += kBatch) {
+    while (done < kTotal) {
         const std::int64_t n = std::min(kBatch, kTotal - done);
+        done += n;
         codes.resize(static_cast<std::size_t>(3 * n));
         for (std::int64_t i = 0; i < n; ++i) {
             const std::uint64_t g = gen();
