@@ -1,9 +1,12 @@
 // Blue-first 8-bit pixels <-> CIE Lab (D65), with Lab coded in 8 or 16 bits.
 // Double-extended arithmetic in a fixed order; the public functions share rows.
+#include <bit>
 #include <cmath>
 #include <cstdint>
 
 #include "callframe.h"
+#include "ciepxsimd.h"
+#include "fallbacks.h"
 #include "rowshare.h"
 
 using namespace kel;
@@ -16,8 +19,8 @@ void innerLabToBGR_16u8u_C3R(const Kel16u* src, Kel8u* dst, int width);
 namespace {
 
 template <typename Src, typename Dst>
-void labRows(void (*kernel)(const Src*, Dst*, int), const Src* pSrc, int srcStep, Dst* pDst, int dstStep, int width,
-             int height);
+void labRows(void (*kernel)(const Src*, Dst*, int), lab::LabRow<Src, Dst> fast, const Src* pSrc, int srcStep,
+             Dst* pDst, int dstStep, int width, int height);
 
 } // namespace
 
@@ -28,28 +31,32 @@ extern "C" {
 KEL_API KelResult keliBGRToLab_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerBGRToLab_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerBGRToLab_8u_C3R, lab::chooseBGRToLabRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliBGRToLab_8u16u_C3R(const Kel8u* pSrc, int srcStep, Kel16u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerBGRToLab_8u16u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerBGRToLab_8u16u_C3R, lab::chooseBGRToLabRow8u16u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_8u_C3R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerLabToBGR_8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerLabToBGR_8u_C3R, lab::chooseLabToBGRRow8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
 KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u* pDst, int dstStep, KelImageSize roiSize)
 {
     if (const KelResult bad = testPlanesAfterSize(roiSize, 1, 1, pSrc, pDst)) return bad;
-    labRows(innerLabToBGR_16u8u_C3R, pSrc, srcStep, pDst, dstStep, roiSize.width, roiSize.height);
+    labRows(innerLabToBGR_16u8u_C3R, lab::chooseLabToBGRRow16u8u(), pSrc, srcStep, pDst, dstStep, roiSize.width,
+            roiSize.height);
     return kelOk;
 }
 
@@ -59,11 +66,21 @@ KEL_API KelResult keliLabToBGR_16u8u_C3R(const Kel16u* pSrc, int srcStep, Kel8u*
 
 namespace {
 
+// The vector row, chosen once a call (or none), converts whole steps from the
+// start of each row; the kernel finishes the row.
 template <typename Src, typename Dst>
-void labRows(void (*kernel)(const Src*, Dst*, int), const Src* pSrc, int srcStep, Dst* pDst, int dstStep, int width,
-             int height)
+void labRows(void (*kernel)(const Src*, Dst*, int), lab::LabRow<Src, Dst> fast, const Src* pSrc, int srcStep,
+             Dst* pDst, int dstStep, int width, int height)
 {
-    shareRowsAlways(height, [=](int y) { kernel(rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y), width); });
+    FallbackTally tally;
+    shareRowsAlways(height, [=, &tally](int y) {
+        const Src* src = rowAt(pSrc, srcStep, y);
+        Dst* dst = rowAt(pDst, dstStep, y);
+        std::int64_t refused = 0;
+        const int done = fast != nullptr ? fast(src, dst, width, &refused) : 0;
+        tally.add(refused);
+        kernel(src + 3 * done, dst + 3 * done, width - done);
+    });
 }
 
 } // namespace
@@ -83,68 +100,71 @@ Lab bgrToLab(Ext B, Ext G, Ext R);
 template <bool ZTermFirstInBlue>
 void labToXYZToBGR(Ext P, Ext Q, Ext W, Ext rounding, Kel8u* out);
 
+void bgrToLabPixel8u(const Kel8u* src, Kel8u* dst);
+void bgrToLabPixel8u16u(const Kel8u* src, Kel16u* dst);
+void labToBGRPixel8u(const Kel8u* src, Kel8u* dst);
+void labToBGRPixel16u8u(const Kel16u* src, Kel8u* dst);
+
 } // namespace
 
-// Up to three pow calls a pixel: a pixel equal to the one before it (flat
-// areas) takes that pixel's codes again, which are the same by construction.
-// The previous colour is kept aside, so a conversion in place works too.
+// Each pixel is read whole before its codes are stored, so a conversion in
+// place works too.
 void innerBGRToLab_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
-    int previous = -1;  // no 24-bit colour equals it
-    Kel8u L = 0, a = 0, b = 0;
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
-        if (colour != previous) {
-            const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
-            L = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
-            a = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
-            b = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
-            previous = colour;
-        }
-        dst[0] = L;
-        dst[1] = a;
-        dst[2] = b;
-    }
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) bgrToLabPixel8u(src, dst);
 }
 
 void innerBGRToLab_8u16u_C3R(const Kel8u* src, Kel16u* dst, int width)
 {
-    int previous = -1;
-    Kel16u L = 0, a = 0, b = 0;
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const int colour = src[0] | (src[1] << 8) | (src[2] << 16);
-        if (colour != previous) {
-            const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
-            L = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
-            a = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
-            b = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
-            previous = colour;
-        }
-        dst[0] = L;
-        dst[1] = a;
-        dst[2] = b;
-    }
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) bgrToLabPixel8u16u(src, dst);
 }
 
 void innerLabToBGR_8u_C3R(const Kel8u* src, Kel8u* dst, int width)
 {
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Ext P = ((static_cast<Ext>(src[0] * 100)) / 255 + 16) / 116;
-        const Ext Q = static_cast<Ext>(src[1] - 128) / 500 + P;
-        const Ext W = P - static_cast<Ext>(src[2] - 128) / 200;
-        labToXYZToBGR<true>(P, Q, W, 0.5L, dst);
-    }
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) labToBGRPixel8u(src, dst);
 }
 
 void innerLabToBGR_16u8u_C3R(const Kel16u* src, Kel8u* dst, int width)
 {
-    for (int i = 0; i < width; ++i, src += 3, dst += 3) {
-        const Ext P = ((static_cast<Ext>(src[0]) * 100) / 65535 + 16) / 116;
-        const Ext Q = ((static_cast<Ext>(src[1]) / 255) - 128) / 500 + P;
-        const Ext W = P - ((static_cast<Ext>(src[2]) / 255) - 128) / 200;
-        labToXYZToBGR<false>(P, Q, W, 0.0L, dst);
+    for (int i = 0; i < width; ++i, src += 3, dst += 3) labToBGRPixel16u8u(src, dst);
+}
+
+// The pixels a vector row hands back, by the same per-pixel conversions.
+namespace kel::lab {
+
+void bgrToLabPixels8u(const Kel8u* src, Kel8u* out, std::uint32_t which)
+{
+    for (; which != 0; which &= which - 1) {
+        const int i = std::countr_zero(which);
+        bgrToLabPixel8u(src + 3 * i, out + 3 * i);
     }
 }
+
+void bgrToLabPixels8u16u(const Kel8u* src, Kel16u* out, std::uint32_t which)
+{
+    for (; which != 0; which &= which - 1) {
+        const int i = std::countr_zero(which);
+        bgrToLabPixel8u16u(src + 3 * i, out + 3 * i);
+    }
+}
+
+void labToBGRPixels8u(const Kel8u* src, Kel8u* out, std::uint32_t which)
+{
+    for (; which != 0; which &= which - 1) {
+        const int i = std::countr_zero(which);
+        labToBGRPixel8u(src + 3 * i, out + 3 * i);
+    }
+}
+
+void labToBGRPixels16u8u(const Kel16u* src, Kel8u* out, std::uint32_t which)
+{
+    for (; which != 0; which &= which - 1) {
+        const int i = std::countr_zero(which);
+        labToBGRPixel16u8u(src + 3 * i, out + 3 * i);
+    }
+}
+
+} // namespace kel::lab
 
 // ---- the conversions of one pixel ----------------------------------------------
 
@@ -236,6 +256,40 @@ void labToXYZToBGR(Ext P, Ext Q, Ext W, Ext rounding, Kel8u* out)
     out[0] = toByte(b);
     out[1] = toByte(g);
     out[2] = toByte(r);
+}
+
+// Up to three pow calls a pixel for the forward pair; the inverse multiplies
+// the cubes out.
+void bgrToLabPixel8u(const Kel8u* src, Kel8u* dst)
+{
+    const Lab lab = bgrToLab<float>(src[0], src[1], src[2]);
+    dst[0] = static_cast<Kel8u>(static_cast<int>((lab.L * 255) / 100 + 0.5L));
+    dst[1] = static_cast<Kel8u>(static_cast<int>(lab.a + 128.5L));
+    dst[2] = static_cast<Kel8u>(static_cast<int>(lab.b + 128.5L));
+}
+
+void bgrToLabPixel8u16u(const Kel8u* src, Kel16u* dst)
+{
+    const Lab lab = bgrToLab<double>(src[0], src[1], src[2]);
+    dst[0] = static_cast<Kel16u>(static_cast<int>((lab.L * 65535) / 100));
+    dst[1] = static_cast<Kel16u>(static_cast<int>((lab.a + 128) * 255));
+    dst[2] = static_cast<Kel16u>(static_cast<int>((lab.b + 128) * 255));
+}
+
+void labToBGRPixel8u(const Kel8u* src, Kel8u* dst)
+{
+    const Ext P = ((static_cast<Ext>(src[0] * 100)) / 255 + 16) / 116;
+    const Ext Q = static_cast<Ext>(src[1] - 128) / 500 + P;
+    const Ext W = P - static_cast<Ext>(src[2] - 128) / 200;
+    labToXYZToBGR<true>(P, Q, W, 0.5L, dst);
+}
+
+void labToBGRPixel16u8u(const Kel16u* src, Kel8u* dst)
+{
+    const Ext P = ((static_cast<Ext>(src[0]) * 100) / 65535 + 16) / 116;
+    const Ext Q = ((static_cast<Ext>(src[1]) / 255) - 128) / 500 + P;
+    const Ext W = P - ((static_cast<Ext>(src[2]) / 255) - 128) / 200;
+    labToXYZToBGR<false>(P, Q, W, 0.0L, dst);
 }
 
 } // namespace
