@@ -273,6 +273,33 @@ HWY_INLINE std::uint64_t maskBits(MD m)
     return bits;
 }
 
+// A vector step's three results stored, the fourth channel of a four-channel
+// destination kept; where the bound refused a lane, the step's source is set
+// aside first (the store may overwrite it in place) and `fix` hands those
+// lanes to the scalar kernel.  Returns the refused lanes.
+template <int Pitch, class D, class V, class Fix>
+HWY_INLINE std::int64_t storeStep(D d, MD refuse, V a, V b, V c, V alpha, V o0, V o1, V o2, hn::TFromD<D>* dst,
+                                  const Fix& fix)
+{
+    const bool anyRefused = !hn::AllFalse(DD(), refuse);
+    HWY_ALIGN hn::TFromD<D> kept[4 * 16];
+    if (anyRefused) {
+        if constexpr (Pitch == 3) hn::StoreInterleaved3(a, b, c, d, kept);
+        else hn::StoreInterleaved4(a, b, c, alpha, d, kept);
+    }
+    if constexpr (Pitch == 3) {
+        hn::StoreInterleaved3(o0, o1, o2, d, dst);
+    } else {
+        V k0, k1, k2, keptAlpha;
+        hn::LoadInterleaved4(d, dst, k0, k1, k2, keptAlpha);
+        hn::StoreInterleaved4(o0, o1, o2, keptAlpha, d, dst);
+    }
+    if (!anyRefused) return 0;
+    fix(kept, maskBits(refuse));
+    return static_cast<std::int64_t>(hn::CountTrue(DD(), refuse));
+}
+
+
 template <bool Forward, int Pitch>
 std::int64_t floatRow(const Kel32f* src, Kel32f* dst, int width)
 {
@@ -289,7 +316,7 @@ std::int64_t floatRow(const Kel32f* src, Kel32f* dst, int width)
     std::int64_t refusedCount = 0;
     int x = 0;
     for (; x + lanes <= width; x += lanes) {
-        hn::Vec<decltype(df)> a, b, c, d;
+        hn::Vec<decltype(df)> a, b, c, d = hn::Zero(df);
         if constexpr (Pitch == 3) hn::LoadInterleaved3(df, src + 3 * x, a, b, c);
         else hn::LoadInterleaved4(df, src + 4 * x, a, b, c, d);
         const VD c0 = hn::PromoteTo(dd, a), c1 = hn::PromoteTo(dd, b), c2 = hn::PromoteTo(dd, c);
@@ -297,23 +324,8 @@ std::int64_t floatRow(const Kel32f* src, Kel32f* dst, int width)
         const auto o0 = floatChannel(df, rows[0], c0, c1, c2, refuse);
         const auto o1 = floatChannel(df, rows[1], c0, c1, c2, refuse);
         const auto o2 = floatChannel(df, rows[2], c0, c1, c2, refuse);
-        const bool anyRefused = !hn::AllFalse(dd, refuse);
-        HWY_ALIGN Kel32f kept[4 * 16];  // the step's source, before an in-place store
-        if (anyRefused) {
-            if constexpr (Pitch == 3) hn::StoreInterleaved3(a, b, c, df, kept);
-            else hn::StoreInterleaved4(a, b, c, d, df, kept);
-        }
-        if constexpr (Pitch == 3) {
-            hn::StoreInterleaved3(o0, o1, o2, df, dst + 3 * x);
-        } else {
-            hn::Vec<decltype(df)> k0, k1, k2, alpha;
-            hn::LoadInterleaved4(df, dst + 4 * x, k0, k1, k2, alpha);
-            hn::StoreInterleaved4(o0, o1, o2, alpha, df, dst + 4 * x);
-        }
-        if (anyRefused) {
-            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            xyzPixels32f(Forward, kept, dst + Pitch * x, maskBits(refuse), Pitch);
-        }
+        refusedCount += storeStep<Pitch>(df, refuse, a, b, c, d, o0, o1, o2, dst + Pitch * x,
+                                         [&](const Kel32f* kept, std::uint64_t lanes) { xyzPixels32f(Forward, kept, dst + Pitch * x, lanes, Pitch); });
     }
     if (x < width) xyzPixels32f(Forward, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
@@ -352,7 +364,7 @@ std::int64_t luvRow8u(const Kel8u* src, Kel8u* dst, int width)
     std::int64_t refusedCount = 0;
     int x = 0;
     for (; x + lanes <= width; x += lanes) {
-        hn::Vec<decltype(d8)> r8, g8, b8, a8;
+        hn::Vec<decltype(d8)> r8, g8, b8, a8 = hn::Zero(d8);
         if constexpr (Pitch == 3) hn::LoadInterleaved3(d8, src + 3 * x, r8, g8, b8);
         else hn::LoadInterleaved4(d8, src + 4 * x, r8, g8, b8, a8);
         const VD R = hn::PromoteTo(dd, hn::PromoteTo(di, r8)), G = hn::PromoteTo(dd, hn::PromoteTo(di, g8)),
@@ -374,23 +386,8 @@ std::int64_t luvRow8u(const Kel8u* src, Kel8u* dst, int width)
         const MD refuse = hn::Or(near(U), near(V));
         const auto byte = [&](VD w) { return hn::DemoteTo(d8, hn::DemoteTo(di, hn::Max(w, zero))); };
         const auto l8 = byte(L8), u8 = byte(U), v8 = byte(V);
-        const bool anyRefused = !hn::AllFalse(dd, refuse);
-        HWY_ALIGN Kel8u kept[4 * 16];  // the step's source, before an in-place store
-        if (anyRefused) {
-            if constexpr (Pitch == 3) hn::StoreInterleaved3(r8, g8, b8, d8, kept);
-            else hn::StoreInterleaved4(r8, g8, b8, a8, d8, kept);
-        }
-        if constexpr (Pitch == 3) {
-            hn::StoreInterleaved3(l8, u8, v8, d8, dst + 3 * x);
-        } else {
-            hn::Vec<decltype(d8)> k0, k1, k2, alpha;
-            hn::LoadInterleaved4(d8, dst + 4 * x, k0, k1, k2, alpha);
-            hn::StoreInterleaved4(l8, u8, v8, alpha, d8, dst + 4 * x);
-        }
-        if (anyRefused) {
-            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            luvPixels8u(true, kept, dst + Pitch * x, maskBits(refuse), Pitch);
-        }
+        refusedCount += storeStep<Pitch>(d8, refuse, r8, g8, b8, a8, l8, u8, v8, dst + Pitch * x,
+                                         [&](const Kel8u* kept, std::uint64_t lanes) { luvPixels8u(true, kept, dst + Pitch * x, lanes, Pitch); });
     }
     if (x < width) luvPixels8u(true, src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
@@ -439,7 +436,7 @@ std::int64_t luvToRGBRow(const T* src, T* dst, int width)
     std::int64_t refusedCount = 0;
     int x = 0;
     for (; x + lanes <= width; x += lanes) {
-        hn::Vec<decltype(dt)> l8, u8, v8, a8;
+        hn::Vec<decltype(dt)> l8, u8, v8, a8 = hn::Zero(dt);
         if constexpr (Pitch == 3) hn::LoadInterleaved3(dt, src + 3 * x, l8, u8, v8);
         else hn::LoadInterleaved4(dt, src + 4 * x, l8, u8, v8, a8);
         VD L, U, V;
@@ -504,23 +501,8 @@ std::int64_t luvToRGBRow(const T* src, T* dst, int width)
             b = unit(B);
         }
         const MD refuse = hn::AndNot(dark, undecided);
-        const bool anyRefused = !hn::AllFalse(dd, refuse);
-        HWY_ALIGN T kept[4 * 16];  // the step's source, before an in-place store
-        if (anyRefused) {
-            if constexpr (Pitch == 3) hn::StoreInterleaved3(l8, u8, v8, dt, kept);
-            else hn::StoreInterleaved4(l8, u8, v8, a8, dt, kept);
-        }
-        if constexpr (Pitch == 3) {
-            hn::StoreInterleaved3(r, g, b, dt, dst + 3 * x);
-        } else {
-            hn::Vec<decltype(dt)> k0, k1, k2, alpha;
-            hn::LoadInterleaved4(dt, dst + 4 * x, k0, k1, k2, alpha);
-            hn::StoreInterleaved4(r, g, b, alpha, dt, dst + 4 * x);
-        }
-        if (anyRefused) {
-            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            luvPixels(kept, dst + Pitch * x, maskBits(refuse), Pitch);
-        }
+        refusedCount += storeStep<Pitch>(dt, refuse, l8, u8, v8, a8, r, g, b, dst + Pitch * x,
+                                         [&](const T* kept, std::uint64_t lanes) { luvPixels(kept, dst + Pitch * x, lanes, Pitch); });
     }
     if (x < width) luvPixels(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
@@ -569,7 +551,7 @@ std::int64_t luvRow32f(const Kel32f* src, Kel32f* dst, int width)
                        hn::Lt(e, inf));
     };
     for (; x + lanes <= width; x += lanes) {
-        hn::Vec<decltype(df)> a, b, c, alpha;
+        hn::Vec<decltype(df)> a, b, c, alpha = hn::Zero(df);
         if constexpr (Pitch == 3) hn::LoadInterleaved3(df, src + 3 * x, a, b, c);
         else hn::LoadInterleaved4(df, src + 4 * x, a, b, c, alpha);
         const VD R = hn::PromoteTo(dd, a), G = hn::PromoteTo(dd, b), B = hn::PromoteTo(dd, c);
@@ -615,23 +597,8 @@ std::int64_t luvRow32f(const Kel32f* src, Kel32f* dst, int width)
         decided = hn::And(decided, hn::And(oneFloat(L, hn::Add(eL, eL)), hn::And(oneFloat(U, hn::Add(eU, eU)), oneFloat(V, hn::Add(eV, eV)))));
         const MD refuse = hn::Not(decided);
         const auto l32 = hn::DemoteTo(df, L), u32 = hn::DemoteTo(df, U), v32 = hn::DemoteTo(df, V);
-        const bool anyRefused = !hn::AllFalse(dd, refuse);
-        HWY_ALIGN Kel32f kept[4 * 16];  // the step's source, before an in-place store
-        if (anyRefused) {
-            if constexpr (Pitch == 3) hn::StoreInterleaved3(a, b, c, df, kept);
-            else hn::StoreInterleaved4(a, b, c, alpha, df, kept);
-        }
-        if constexpr (Pitch == 3) {
-            hn::StoreInterleaved3(l32, u32, v32, df, dst + 3 * x);
-        } else {
-            hn::Vec<decltype(df)> k0, k1, k2, keptAlpha;
-            hn::LoadInterleaved4(df, dst + 4 * x, k0, k1, k2, keptAlpha);
-            hn::StoreInterleaved4(l32, u32, v32, keptAlpha, df, dst + 4 * x);
-        }
-        if (anyRefused) {
-            refusedCount += static_cast<std::int64_t>(hn::CountTrue(dd, refuse));
-            rgbToLUVPixels32f(kept, dst + Pitch * x, maskBits(refuse), Pitch);
-        }
+        refusedCount += storeStep<Pitch>(df, refuse, a, b, c, alpha, l32, u32, v32, dst + Pitch * x,
+                                         [&](const Kel32f* kept, std::uint64_t lanes) { rgbToLUVPixels32f(kept, dst + Pitch * x, lanes, Pitch); });
     }
     if (x < width) rgbToLUVPixels32f(src + Pitch * x, dst + Pitch * x, (std::uint64_t{1} << (width - x)) - 1, Pitch);
     return refusedCount;
