@@ -24,10 +24,18 @@
 #include "kelcore.h"
 #include "support/guarded.h"
 #include "support/layouts.h"
+#include "support/sampletypes.h"
 
 using namespace kt;
 
 namespace {
+
+using kt::Type;
+using kt::bytesOf;
+using kt::load;
+using kt::lowest;
+using kt::storeSample;
+using kt::top;
 
 using LD = long double;
 using Px = std::array<LD, 3>;
@@ -321,7 +329,6 @@ Want luvToRgb32f(Px p)
 // ---- members --------------------------------------------------------------------------------
 
 enum class Stem { ToXYZ, FromXYZ, ToLUV, FromLUV };
-enum class Type { U8, U16, S16, F32 };
 
 struct Member {
     const char* name;
@@ -351,8 +358,6 @@ std::vector<Member> select(bool (*keep)(const Member&))
     return out;
 }
 
-int bytesOf(Type t) { return t == Type::U8 ? 1 : t == Type::F32 ? 4 : 2; }
-LD lowest(Type t) { return t == Type::S16 ? -32768 : 0; }
 LD highest(Type t) { return t == Type::U8 ? 255 : t == Type::U16 ? 65535 : t == Type::S16 ? 32767 : 1; }
 bool walksBytes(const Member& m) { return m.stem == Stem::ToLUV && m.type == Type::F32; }
 
@@ -421,25 +426,6 @@ std::string show(const Want& w)
 
 // ---- samples in images -----------------------------------------------------------------------
 
-LD load(Type t, const void* p)
-{
-    switch (t) {
-    case Type::U8: return *static_cast<const Kel8u*>(p);
-    case Type::U16: { Kel16u v; std::memcpy(&v, p, 2); return v; }
-    case Type::S16: { Kel16s v; std::memcpy(&v, p, 2); return v; }
-    case Type::F32: { Kel32f v; std::memcpy(&v, p, 4); return v; }
-    }
-    return 0;
-}
-void storeSample(Type t, void* p, LD v)
-{
-    switch (t) {
-    case Type::U8: *static_cast<Kel8u*>(p) = static_cast<Kel8u>(v); break;
-    case Type::U16: { const Kel16u s = static_cast<Kel16u>(v); std::memcpy(p, &s, 2); break; }
-    case Type::S16: { const Kel16s s = static_cast<Kel16s>(v); std::memcpy(p, &s, 2); break; }
-    case Type::F32: { const Kel32f s = static_cast<Kel32f>(v); std::memcpy(p, &s, 4); break; }
-    }
-}
 
 Image imageFor(const Member& m, int width, int height, Placement placement = Placement::Guarded)
 {
@@ -511,7 +497,6 @@ bool runPixels(const Member& m, const std::vector<Px>& list, const std::string& 
 // ---- inputs ---------------------------------------------------------------------------------
 
 // The top of a type's coded scale (floats: 1; LUV floats have their own ranges).
-LD top(Type t) { return t == Type::U8 ? 255 : t == Type::F32 ? 1 : 65535; }
 // From the 0..top scale to the member's samples: 16s moves down by 32768.
 Px placed(const Member& m, Px p)
 {

@@ -26,10 +26,18 @@
 #include "kelcore.h"
 #include "support/guarded.h"
 #include "support/layouts.h"
+#include "support/sampletypes.h"
 
 using namespace kt;
 
 namespace {
+
+using kt::Type;
+using kt::bytesOf;
+using kt::load;
+using kt::lowest;
+using kt::storeSample;
+using kt::top;
 
 using LD = long double;
 using Px = std::array<LD, 3>;
@@ -187,13 +195,9 @@ LD gray32f(const Weights& w, Px p)
 
 // ---- members --------------------------------------------------------------------------------
 
-enum class Type { U8, U16, S16, F32 };
 enum class Stem { ToYCC, FromYCC };
 
-int bytesOf(Type t) { return t == Type::U8 ? 1 : t == Type::F32 ? 4 : 2; }
 int shiftOf(Type t) { return t == Type::U8 ? 0 : t == Type::F32 ? 2 : 1; }
-LD lowest(Type t) { return t == Type::S16 ? -32768 : 0; }
-LD top(Type t) { return t == Type::U8 ? 255 : t == Type::F32 ? 1 : 65535; }
 
 struct YccMember {
     const char* name;
@@ -289,25 +293,6 @@ std::string show(const Px& p)
 
 // ---- samples in images -----------------------------------------------------------------------
 
-LD load(Type t, const void* p)
-{
-    switch (t) {
-    case Type::U8: return *static_cast<const Kel8u*>(p);
-    case Type::U16: { Kel16u v; std::memcpy(&v, p, 2); return v; }
-    case Type::S16: { Kel16s v; std::memcpy(&v, p, 2); return v; }
-    case Type::F32: { Kel32f v; std::memcpy(&v, p, 4); return v; }
-    }
-    return 0;
-}
-void storeSample(Type t, void* p, LD v)
-{
-    switch (t) {
-    case Type::U8: *static_cast<Kel8u*>(p) = static_cast<Kel8u>(v); break;
-    case Type::U16: { const Kel16u s = static_cast<Kel16u>(v); std::memcpy(p, &s, 2); break; }
-    case Type::S16: { const Kel16s s = static_cast<Kel16s>(v); std::memcpy(p, &s, 2); break; }
-    case Type::F32: { const Kel32f s = static_cast<Kel32f>(v); std::memcpy(p, &s, 4); break; }
-    }
-}
 
 Image imageOf(Type t, int pitch, int width, int height, Placement placement = Placement::Guarded)
 {
