@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "kelcc.h"
+#include "kelcore.h"
 
 namespace peers {
 
@@ -27,6 +28,29 @@ std::vector<void (*)(std::vector<Job>&)>& jobLists();
 struct AddJobs {
     explicit AddJobs(void (*list)(std::vector<Job>&)) { jobLists().push_back(list); }
 };
+
+// `call` as a job body that runs with threads_omp_of_n_kel set to `threads`
+// and puts it back: the families that share rows run on one thread where the
+// thread CPU clock times them (it would see only the calling thread's part).
+template <typename Call>
+std::function<void()> onThreads(int threads, Call call)
+{
+    return [threads, call] {
+        const int saved = threads_omp_of_n_kel;
+        threads_omp_of_n_kel = threads;
+        call();
+        threads_omp_of_n_kel = saved;
+    };
+}
+
+// n random floats in 0..1 (24-bit steps), the same for ours and the peer.
+inline std::vector<Kel32f> unitFloats(std::size_t n, unsigned seed)
+{
+    std::vector<Kel32f> out(n);
+    std::mt19937 gen(seed);
+    for (auto& v : out) v = static_cast<Kel32f>(gen() >> 8) / 16777216.0f;
+    return out;
+}
 
 // n random bytes, the same for ours and the peer.
 inline std::vector<Kel8u> randomBytes(std::size_t n, unsigned seed = 42)

@@ -22,14 +22,6 @@ using namespace peers;
 constexpr int kPixels = kWidth * kHeight;
 const KelImageSize kSize{kWidth, kHeight};
 
-std::vector<Kel32f> unitFloats(std::size_t n, unsigned seed)
-{
-    std::vector<Kel32f> out(n);
-    std::mt19937 gen(seed);
-    for (auto& v : out) v = static_cast<Kel32f>(gen() >> 8) / 16777216.0f;
-    return out;
-}
-
 struct Buffers {
     std::vector<Kel8u> bytes = randomBytes(3 * kPixels, 71);
     std::vector<Kel32f> floats = unitFloats(3 * kPixels, 72);
@@ -48,17 +40,6 @@ Buffers& buffers()
     return built;
 }
 
-// Ours on one thread: the thread CPU clock sees only the calling thread.
-std::function<void()> oneThread(std::function<void()> run)
-{
-    return [run] {
-        const int saved = threads_omp_of_n_kel;
-        threads_omp_of_n_kel = 1;
-        run();
-        threads_omp_of_n_kel = saved;
-    };
-}
-
 #if KELCC_HAVE_OPENCV
 void cvt(const void* src, int srcType, void* dst, int dstType, int code)
 {
@@ -74,7 +55,7 @@ using Member = KelResult (*)(const T*, int, T*, int, KelImageSize);
 
 void add8u(std::vector<Job>& jobs, const char* name, Member<Kel8u> ours, const char* peer, [[maybe_unused]] int code)
 {
-    Job job{name, peer, oneThread([ours] {
+    Job job{name, peer, onThreads(1, [ours] {
                 Buffers& b = buffers();
                 ours(b.bytes.data(), 3 * kWidth, b.outBytes.data(), 3 * kWidth, kSize);
             }), {}};
@@ -91,7 +72,7 @@ void add8u(std::vector<Job>& jobs, const char* name, Member<Kel8u> ours, const c
 void add32f(std::vector<Job>& jobs, const char* name, Member<Kel32f> ours, bool fromLUV, const char* peer,
             [[maybe_unused]] int code)
 {
-    Job job{name, peer, oneThread([ours, fromLUV] {
+    Job job{name, peer, onThreads(1, [ours, fromLUV] {
                 Buffers& b = buffers();
                 ours((fromLUV ? b.luv32 : b.floats).data(), 12 * kWidth, b.outFloats.data(), 12 * kWidth, kSize);
             }), {}};

@@ -31,14 +31,6 @@ const std::vector<Kel8u>& source()
 }
 std::vector<Kel8u> oursOut(3 * kPixels), peerOut(3 * kPixels);
 
-void oneThread(const std::function<void()>& run)
-{
-    const int saved = threads_omp_of_n_kel;
-    threads_omp_of_n_kel = 1;
-    run();
-    threads_omp_of_n_kel = saved;
-}
-
 void addGrayJobs(std::vector<Job>& jobs)
 {
     const auto ourGray = [] {
@@ -62,18 +54,13 @@ void addGrayJobs(std::vector<Job>& jobs)
     jobs.push_back(opencv);
     jobs.push_back(libyuv);
 
-    jobs.push_back(Job{"keliRGBToYCC_8u_C3R", "our RGBToYCbCr_8u_C3R", [] {
-                           oneThread([] { keliRGBToYCC_8u_C3R(source().data(), 3 * kWidth, oursOut.data(), 3 * kWidth, kSize); });
-                       },
-                       [] {
-                           oneThread([] { keliRGBToYCbCr_8u_C3R(source().data(), 3 * kWidth, peerOut.data(), 3 * kWidth, kSize); });
-                       }});
-    jobs.push_back(Job{"keliYCCToRGB_8u_C3R", "our YCbCrToRGB_8u_C3R", [] {
-                           oneThread([] { keliYCCToRGB_8u_C3R(source().data(), 3 * kWidth, oursOut.data(), 3 * kWidth, kSize); });
-                       },
-                       [] {
-                           oneThread([] { keliYCbCrToRGB_8u_C3R(source().data(), 3 * kWidth, peerOut.data(), 3 * kWidth, kSize); });
-                       }});
+    const auto pixels = [](auto call) {
+        return onThreads(1, [call] { call(source().data(), 3 * kWidth, oursOut.data(), 3 * kWidth, kSize); });
+    };
+    jobs.push_back(Job{"keliRGBToYCC_8u_C3R", "our RGBToYCbCr_8u_C3R", pixels(keliRGBToYCC_8u_C3R),
+                       pixels(keliRGBToYCbCr_8u_C3R)});
+    jobs.push_back(Job{"keliYCCToRGB_8u_C3R", "our YCbCrToRGB_8u_C3R", pixels(keliYCCToRGB_8u_C3R),
+                       pixels(keliYCbCrToRGB_8u_C3R)});
 }
 
 const AddJobs kAdded(addGrayJobs);

@@ -27,14 +27,6 @@ constexpr int kPixels = kWidth * kHeight;
 const KelImageSize kSize{kWidth, kHeight};
 constexpr int kRandom = 0, kPicture = 1;  // index of an input pair
 
-std::vector<Kel32f> unitFloats(std::size_t n, unsigned seed)
-{
-    std::vector<Kel32f> out(n);
-    std::mt19937 gen(seed);
-    for (auto& v : out) v = static_cast<Kel32f>(gen() >> 8) / 16777216.0f;
-    return out;
-}
-
 std::vector<Kel16u> randomWords(std::size_t n, unsigned seed)
 {
     std::vector<Kel16u> out(n);
@@ -123,10 +115,7 @@ struct Conversion {
 // thread CPU clock would see only the calling thread's part: one thread here.
 void onOneThread(const Run& run, int k)
 {
-    const int saved = threads_omp_of_n_kel;
-    threads_omp_of_n_kel = 1;
-    run(inputs(), k);
-    threads_omp_of_n_kel = saved;
+    onThreads(1, [&] { run(inputs(), k); })();
 }
 
 // Two jobs of a conversion, on random pixels and on the picture.

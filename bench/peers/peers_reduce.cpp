@@ -14,18 +14,6 @@ using namespace peers;
 constexpr int kPixels = kWidth * kHeight;
 constexpr int kLevels = 16;
 
-// Runs `call` with threads_omp_of_n_kel set to `threads`.
-template <typename Call>
-std::function<void()> onThreads(int threads, Call call)
-{
-    return [threads, call] {
-        const int saved = threads_omp_of_n_kel;
-        threads_omp_of_n_kel = threads;
-        call();
-        threads_omp_of_n_kel = saved;
-    };
-}
-
 template <typename T>
 std::vector<T> unitFloats(std::size_t n)
 {
