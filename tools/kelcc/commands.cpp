@@ -74,6 +74,13 @@ void needArgs(const Options& o, std::size_t n, const char* command)
         throw UsageFailure(std::string(command) + " takes " + (n == 2 ? "IN and OUT" : "no file names") + " (kelcc " + command + " --help)");
 }
 
+// A library call of a command's own work: named once under --verbose.
+void called(KelResult status, const char* call)
+{
+    noteOnce(std::string("calls ") + call);
+    checkStatus(status, call);
+}
+
 // Reads IN, hands each frame to `work` (which may change its layout: `produces`
 // tells to which, from the input's layout), converts the result to what OUT
 // holds and writes it.  `exact`: OUT must hold the work's layout as it is.
@@ -133,8 +140,12 @@ void runDemosaic(const Options& o)
     }
     Options opts = o;
     if (pattern && opts.from.empty()) {
-        const FileSpec in = describeFile(o.args[0], "");
-        if (in.container == Container::raw) opts.from = layoutName(*pattern);
+        bool raw = true;
+        try {
+            raw = describeFile(o.args[0], "").container == Container::raw;
+        } catch (const UsageFailure&) {  // a name that tells nothing: the pattern tells it
+        }
+        if (raw) opts.from = layoutName(*pattern);
     }
     // A gray image holds a mosaic as well: --pattern tells its tile.
     auto relabel = [pattern](Layout l) -> Layout {
@@ -202,7 +213,7 @@ template <typename TS, typename TD>
 void reduce(ReduceFn<TS, TD> fn, const char* name, const Frame& s, int sp, Frame& d, int dp, KelImageSize size, const Options& o,
             KelDitherKind kind)
 {
-    checkStatus(fn(reinterpret_cast<const TS*>(s.u8(sp)), s.step(sp), reinterpret_cast<TD*>(d.u8(dp)), d.step(dp), size, o.noise, kind,
+    called(fn(reinterpret_cast<const TS*>(s.u8(sp)), s.step(sp), reinterpret_cast<TD*>(d.u8(dp)), d.step(dp), size, o.noise, kind,
                    o.levels),
                 name);
 }
@@ -294,20 +305,20 @@ void runGamma(const Options& o)
                  switch (s.layout) {
                  case Layout::rgba: case Layout::bgra:
                      d.data = s.data;  // the fourth sample is left as it was
-                     if (inv) checkStatus(keliGammaInv_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaInv_8u_AC4R");
-                     else checkStatus(keliGammaFwd_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaFwd_8u_AC4R");
+                     if (inv) called(keliGammaInv_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaInv_8u_AC4R");
+                     else called(keliGammaFwd_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaFwd_8u_AC4R");
                      break;
                  case Layout::rgb48:
-                     if (inv) checkStatus(keliGammaInv_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z), "keliGammaInv_16u_C3R");
-                     else checkStatus(keliGammaFwd_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z), "keliGammaFwd_16u_C3R");
+                     if (inv) called(keliGammaInv_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z), "keliGammaInv_16u_C3R");
+                     else called(keliGammaFwd_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z), "keliGammaFwd_16u_C3R");
                      break;
                  case Layout::rgbf:
-                     if (inv) checkStatus(keliGammaInv_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, low, high), "keliGammaInv_32f_C3R");
-                     else checkStatus(keliGammaFwd_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, low, high), "keliGammaFwd_32f_C3R");
+                     if (inv) called(keliGammaInv_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, low, high), "keliGammaInv_32f_C3R");
+                     else called(keliGammaFwd_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, low, high), "keliGammaFwd_32f_C3R");
                      break;
                  default:
-                     if (inv) checkStatus(keliGammaInv_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaInv_8u_C3R");
-                     else checkStatus(keliGammaFwd_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaFwd_8u_C3R");
+                     if (inv) called(keliGammaInv_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaInv_8u_C3R");
+                     else called(keliGammaFwd_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z), "keliGammaFwd_8u_C3R");
                      break;
                  }
                  return d;
@@ -330,16 +341,16 @@ void runTwist(const Options& o)
                  switch (s.layout) {
                  case Layout::rgba:
                      d.data = s.data;  // alpha stays
-                     checkStatus(keliColorTwist32f_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z, m.data()), "keliColorTwist32f_8u_AC4R");
+                     called(keliColorTwist32f_8u_AC4R(s.u8(), s.step(0), d.u8(), d.step(0), z, m.data()), "keliColorTwist32f_8u_AC4R");
                      break;
                  case Layout::rgb48:
-                     checkStatus(keliColorTwist32f_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z, m.data()), "keliColorTwist32f_16u_C3R");
+                     called(keliColorTwist32f_16u_C3R(s.u16(), s.step(0), d.u16(), d.step(0), z, m.data()), "keliColorTwist32f_16u_C3R");
                      break;
                  case Layout::rgbf:
-                     checkStatus(keliColorTwist_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, m.data()), "keliColorTwist_32f_C3R");
+                     called(keliColorTwist_32f_C3R(s.f32(), s.step(0), d.f32(), d.step(0), z, m.data()), "keliColorTwist_32f_C3R");
                      break;
                  default:
-                     checkStatus(keliColorTwist32f_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z, m.data()), "keliColorTwist32f_8u_C3R");
+                     called(keliColorTwist32f_8u_C3R(s.u8(), s.step(0), d.u8(), d.step(0), z, m.data()), "keliColorTwist32f_8u_C3R");
                      break;
                  }
                  return d;
@@ -354,7 +365,7 @@ using PlaneFn = std::function<void(const Frame&, Frame&)>;
 template <typename TS, typename TD, KelResult (*F)(const TS*, int, TD*, int, KelImageSize)>
 void callC3(const Frame& s, Frame& d, const char* name)
 {
-    checkStatus(F(reinterpret_cast<const TS*>(s.u8()), s.step(0), reinterpret_cast<TD*>(d.u8()), d.step(0), s.size()), name);
+    called(F(reinterpret_cast<const TS*>(s.u8()), s.step(0), reinterpret_cast<TD*>(d.u8()), d.step(0), s.size()), name);
 }
 
 struct ModelForm {
@@ -380,8 +391,8 @@ void ycocgForward(const Frame& s, Frame& d)
     const std::size_t n = static_cast<std::size_t>(s.width) * s.height;
     Kel16s* const p[3] = {planes.data(), planes.data() + n, planes.data() + 2 * n};
     const int step = s.width * 2;
-    if (Rev) checkStatus(keliBGRToYCoCg_Rev_8u16s_C3P3R(s.u8(), s.step(0), p, step, s.size()), "keliBGRToYCoCg_Rev_8u16s_C3P3R");
-    else checkStatus(keliBGRToYCoCg_8u16s_C3P3R(s.u8(), s.step(0), p, step, s.size()), "keliBGRToYCoCg_8u16s_C3P3R");
+    if (Rev) called(keliBGRToYCoCg_Rev_8u16s_C3P3R(s.u8(), s.step(0), p, step, s.size()), "keliBGRToYCoCg_Rev_8u16s_C3P3R");
+    else called(keliBGRToYCoCg_8u16s_C3P3R(s.u8(), s.step(0), p, step, s.size()), "keliBGRToYCoCg_8u16s_C3P3R");
     for (std::size_t i = 0; i < n; ++i)
         for (int c = 0; c < 3; ++c) {
             if (d.layout == Layout::rgbf) d.f32()[i * 3 + c] = p[c][i];
@@ -406,8 +417,8 @@ void ycocgInverse(const Frame& s, Frame& d)
         }
     const Kel16s* const q[3] = {p[0], p[1], p[2]};
     const int step = s.width * 2;
-    if (Rev) checkStatus(keliYCoCgToBGR_Rev_16s8u_P3C3R(q, step, d.u8(), d.step(0), s.size()), "keliYCoCgToBGR_Rev_16s8u_P3C3R");
-    else checkStatus(keliYCoCgToBGR_16s8u_P3C3R(q, step, d.u8(), d.step(0), s.size()), "keliYCoCgToBGR_16s8u_P3C3R");
+    if (Rev) called(keliYCoCgToBGR_Rev_16s8u_P3C3R(q, step, d.u8(), d.step(0), s.size()), "keliYCoCgToBGR_Rev_16s8u_P3C3R");
+    else called(keliYCoCgToBGR_16s8u_P3C3R(q, step, d.u8(), d.step(0), s.size()), "keliYCoCgToBGR_16s8u_P3C3R");
 }
 
 const std::vector<ModelForm>& modelForms()

@@ -351,9 +351,9 @@ const std::vector<Step>& allSteps()
         NARROW(rgb48, rgb24, keliReduceBits_16u8u_C3R, Kel16u, Kel8u, 256),
         NARROW(gray16, gray, keliReduceBits_16u8u_C1R, Kel16u, Kel8u, 256),
         NARROW(rgbf, rgb24, keliReduceBits_32f8u_C3R, Kel32f, Kel8u, 256),
-        NARROW(rgbf, rgb48, keliReduceBits_32f16u_C3R, Kel32f, Kel16u, 65536),
+        NARROW(rgbf, rgb48, keliReduceBits_32f16u_C3R, Kel32f, Kel16u, 256),
         NARROW(grayf, gray, keliReduceBits_32f8u_C1R, Kel32f, Kel8u, 256),
-        NARROW(grayf, gray16, keliReduceBits_32f16u_C1R, Kel32f, Kel16u, 65536),
+        NARROW(grayf, gray16, keliReduceBits_32f16u_C1R, Kel32f, Kel16u, 256),
         // Bayer mosaics
         CFA(rggb8, rgb24, keliCFAToRGB_8u_C1C3R, Kel8u, kelBayerGridRGGB),
         CFA(bggr8, rgb24, keliCFAToRGB_8u_C1C3R, Kel8u, kelBayerGridBGGR),

@@ -33,6 +33,7 @@ std::string lowerExtension(const std::string& path)
 }
 
 bool isGrayLayout(Layout l) { return l == Layout::gray || l == Layout::gray16 || l == Layout::grayf; }
+bool isFloat(Layout l) { return l == Layout::rgbf || l == Layout::grayf; }
 bool isWide(Layout l)
 {
     return l == Layout::rgb48 || l == Layout::gray16 || l == Layout::rgbf || l == Layout::grayf ||
@@ -639,13 +640,13 @@ Layout outputLayout(const FileSpec& spec, Layout source)
             throw UsageFailure(std::string("a ") + containerName(spec.container) + " file can't hold " + layoutName(*spec.layout));
         return *spec.layout;
     }
-    const bool wide = isWide(source);
+    const bool wide = isWide(source) && !isFloat(source);  // float narrows to 256 levels: 8 bits hold them
     const bool gray = isGrayLayout(source);
     switch (spec.container) {
     case Container::png:
         if (holds(Container::png, source)) return source;
         if (source == Layout::bgra) return Layout::rgba;
-        if (gray) return Layout::gray16;
+        if (gray) return wide ? Layout::gray16 : Layout::gray;
         return wide ? Layout::rgb48 : Layout::rgb24;
     case Container::pnm:
         if (spec.grayImage || (gray && lowerExtension(spec.path) != "ppm")) return wide ? Layout::gray16 : Layout::gray;
