@@ -582,6 +582,17 @@ TEST_F(Tool, FfmpegReadsY4mAndRawOutputs)
               0);
     EXPECT_EQ(bytes("f1.yuv"), bytes("a.i420"));
     EXPECT_EQ(bytes("f2.yuv"), bytes("a.i420"));
+    // three frames of 4:4:4 from a raw file, and 16-bit gray
+    write("three.yuv444p", noise(W * H * 3 * 3, 8));
+    ASSERT_EQ(kelcc({"convert", "three.yuv444p", "three.y4m", "--size", "16x8"}).status, 0);
+    ASSERT_EQ(std::system(("ffmpeg" + q + "-i " + path("three.y4m") + " -f rawvideo -pix_fmt yuv444p " + path("f3.yuv")).c_str()), 0);
+    EXPECT_EQ(bytes("f3.yuv"), bytes("three.yuv444p"));
+    write("in16.pgm", noise(W * H * 2, 9), "P5\n16 8\n65535\n");
+    ASSERT_EQ(kelcc({"convert", "in16.pgm", "a.gray16"}).status, 0);
+    ASSERT_EQ(std::system(("ffmpeg" + q + "-f rawvideo -pix_fmt gray16le -s 16x8 -i " + path("a.gray16") + " -f image2 -c:v pgm " +
+                           path("f4.pgm")).c_str()),
+              0);
+    EXPECT_EQ(bytes("f4.pgm"), bytes("in16.pgm"));
 }
 
 }  // namespace
