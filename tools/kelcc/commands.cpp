@@ -377,11 +377,6 @@ struct ModelForm {
 };
 
 #define C3(TS, TD, fn) [](const Frame& s, Frame& d) { callC3<TS, TD, fn>(s, d, #fn); }
-#define FORMS(model, Model, rgb)                                                                                              \
-    ModelForm{model, 8, Layout::rgb24, C3(Kel8u, Kel8u, keli##rgb##To##Model##_8u_C3R), C3(Kel8u, Kel8u, keli##Model##To##rgb##_8u_C3R)}, \
-    ModelForm{model, 16, Layout::rgb48, C3(Kel16u, Kel16u, keli##rgb##To##Model##_16u_C3R),                                   \
-              C3(Kel16u, Kel16u, keli##Model##To##rgb##_16u_C3R)}
-
 // YCoCg planes are signed 16-bit: a 16-bit image holds them moved by 32768, a
 // float image as they are.
 template <bool Rev>
@@ -426,14 +421,19 @@ const std::vector<ModelForm>& modelForms()
     static const std::vector<ModelForm> forms = {
         ModelForm{"lab", 8, Layout::bgr24, C3(Kel8u, Kel8u, keliBGRToLab_8u_C3R), C3(Kel8u, Kel8u, keliLabToBGR_8u_C3R)},
         ModelForm{"lab", 16, Layout::bgr24, C3(Kel8u, Kel16u, keliBGRToLab_8u16u_C3R), C3(Kel16u, Kel8u, keliLabToBGR_16u8u_C3R)},
-        FORMS("hsv", HSV, RGB),
-        FORMS("hls", HLS, RGB),
+        ModelForm{"hsv", 8, Layout::rgb24, C3(Kel8u, Kel8u, keliRGBToHSV_8u_C3R), C3(Kel8u, Kel8u, keliHSVToRGB_8u_C3R)},
+        ModelForm{"hsv", 16, Layout::rgb48, C3(Kel16u, Kel16u, keliRGBToHSV_16u_C3R), C3(Kel16u, Kel16u, keliHSVToRGB_16u_C3R)},
+        ModelForm{"hls", 8, Layout::rgb24, C3(Kel8u, Kel8u, keliRGBToHLS_8u_C3R), C3(Kel8u, Kel8u, keliHLSToRGB_8u_C3R)},
+        ModelForm{"hls", 16, Layout::rgb48, C3(Kel16u, Kel16u, keliRGBToHLS_16u_C3R), C3(Kel16u, Kel16u, keliHLSToRGB_16u_C3R)},
         ModelForm{"hls", 32, Layout::rgbf, C3(Kel32f, Kel32f, keliRGBToHLS_32f_C3R), C3(Kel32f, Kel32f, keliHLSToRGB_32f_C3R)},
-        FORMS("xyz", XYZ, RGB),
+        ModelForm{"xyz", 8, Layout::rgb24, C3(Kel8u, Kel8u, keliRGBToXYZ_8u_C3R), C3(Kel8u, Kel8u, keliXYZToRGB_8u_C3R)},
+        ModelForm{"xyz", 16, Layout::rgb48, C3(Kel16u, Kel16u, keliRGBToXYZ_16u_C3R), C3(Kel16u, Kel16u, keliXYZToRGB_16u_C3R)},
         ModelForm{"xyz", 32, Layout::rgbf, C3(Kel32f, Kel32f, keliRGBToXYZ_32f_C3R), C3(Kel32f, Kel32f, keliXYZToRGB_32f_C3R)},
-        FORMS("luv", LUV, RGB),
+        ModelForm{"luv", 8, Layout::rgb24, C3(Kel8u, Kel8u, keliRGBToLUV_8u_C3R), C3(Kel8u, Kel8u, keliLUVToRGB_8u_C3R)},
+        ModelForm{"luv", 16, Layout::rgb48, C3(Kel16u, Kel16u, keliRGBToLUV_16u_C3R), C3(Kel16u, Kel16u, keliLUVToRGB_16u_C3R)},
         ModelForm{"luv", 32, Layout::rgbf, C3(Kel32f, Kel32f, keliRGBToLUV_32f_C3R), C3(Kel32f, Kel32f, keliLUVToRGB_32f_C3R)},
-        FORMS("ycc", YCC, RGB),
+        ModelForm{"ycc", 8, Layout::rgb24, C3(Kel8u, Kel8u, keliRGBToYCC_8u_C3R), C3(Kel8u, Kel8u, keliYCCToRGB_8u_C3R)},
+        ModelForm{"ycc", 16, Layout::rgb48, C3(Kel16u, Kel16u, keliRGBToYCC_16u_C3R), C3(Kel16u, Kel16u, keliYCCToRGB_16u_C3R)},
         ModelForm{"ycc", 32, Layout::rgbf, C3(Kel32f, Kel32f, keliRGBToYCC_32f_C3R), C3(Kel32f, Kel32f, keliYCCToRGB_32f_C3R)},
         ModelForm{"ycocg", 16, Layout::bgr24, ycocgForward<false>, ycocgInverse<false>},
         ModelForm{"ycocg", 32, Layout::bgr24, ycocgForward<false>, ycocgInverse<false>},
