@@ -96,6 +96,7 @@ void pipeline(const Options& o, const std::function<Frame(Frame)>& work, const s
         throw UsageFailure(std::string("a ") + containerName(out.container) + " file can't hold these " + layoutName(made) +
                            "-shaped planes as they are (see --depth)");
     findRoute(made, target);  // no conversion: say so before writing anything
+    if (made == target) noteOnce(std::string(layoutName(made)) + " written as it is");
     const int count = reader->frameCount();
     if (!holdsFrames(out.container) && count > 1 && o.frame == 0)
         throw Failure(in.path + " has " + std::to_string(count) + " frames and a " + containerName(out.container) +
