@@ -108,6 +108,12 @@ inline std::int32_t levelIndex(long double v, const Levels& k)
     return truncate32(v * static_cast<long double>(k.I) + kNudge);
 }
 
+// The index of the level above: a saturated index wraps, as 32-bit words do.
+inline std::int32_t nextIndex(std::int32_t q)
+{
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(q) + 1u);
+}
+
 // The destination value of level w (q * S, or one S more after a step up),
 // whose final index is `index`, saturated to the destination's range.
 template <class T>
@@ -197,7 +203,7 @@ inline bool ditherSampleFast(double v, double threshold, double guard, const Fas
     if (!truncFast(v * k.I + kNudge, 0x1p17, q)) return false;
     const double base = static_cast<double>(q) * k.S, d = (v - base) - threshold;
     if (std::fabs(d) <= guard) return false;
-    if (d > 0.0) return levelOutputFast<T>(base + k.S, q + 1, k, out);
+    if (d > 0.0) return levelOutputFast<T>(base + k.S, nextIndex(q), k, out);
     return levelOutputFast<T>(base, q, k, out);
 }
 

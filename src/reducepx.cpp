@@ -23,7 +23,7 @@ inline typename T::Destination ditherSample(typename T::Source s, long double th
     const long double v = T::value(s), S = k.S;
     const std::int32_t q = levelIndex(v, k);
     const long double base = static_cast<long double>(q) * S;
-    if (v - base > threshold) return levelOutput<T>(base + S, q + 1, k);
+    if (v - base > threshold) return levelOutput<T>(base + S, nextIndex(q), k);
     return levelOutput<T>(base, q, k);
 }
 
