@@ -210,6 +210,14 @@ inline void storeSample(S* p, S value)
 
 // ---- conversions ------------------------------------------------------------
 
+// The step of a row of `width` pixels of `bytes` bytes each, for the members
+// that take no steps: a product past 2^31 wraps as 32-bit words do (no such
+// row is addressable through an int step, and the argument tests come first).
+inline int rowStep(int width, int bytes)
+{
+    return static_cast<int>(static_cast<std::uint32_t>(width) * static_cast<std::uint32_t>(bytes));
+}
+
 // A conversion to a 32-bit integer by truncation.  Inside the range it is the
 // plain truncating cast; outside it saturates, and NaN gives 0, so that any
 // float, NaN and the infinities included, has a defined result.

@@ -371,6 +371,8 @@ constexpr int firstSourceRow(int j);
 template <Form SF, Form DF, Rule R, Scheme DS>
 void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int height)
 {
+    // Members that test the width alone can arrive here without rows.
+    if (width <= 0 || height <= 0) return;
     const simdrepack::Kernels* simd = simdrepack::chooseKernels();
     const PlaneRows<const Kel8u> from(src.planes, src.steps);
     const PlaneRows<Kel8u> to(dst.planes, dst.steps);
@@ -412,13 +414,13 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
         };
         if constexpr (!isPixelOrder(SF) && R != Rule::RowsDoubled) {
             const int sourceSamples = R == Rule::ColumnsDoubled ? width / 4 : width / 2;
-            if (kernel && oneLongRow(height, width, from.steps[0] == width && to.steps[0] == 2 * width &&
-                                                        from.steps[1] == sourceSamples * sc && from.steps[2] == sourceSamples * sc)) {
+            if (kernel && oneLongRow(height, width, from.steps[0] == width && to.steps[0] == 2LL * width &&
+                                                        from.steps[1] == 1LL * sourceSamples * sc && from.steps[2] == 1LL * sourceSamples * sc)) {
                 pairsRow(0, width * height);
                 return;
             }
         } else if constexpr (isPixelOrder(SF)) {
-            if (reorder && oneLongRow(height, width, from.steps[0] == 2 * width && to.steps[0] == 2 * width)) {
+            if (reorder && oneLongRow(height, width, from.steps[0] == 2LL * width && to.steps[0] == 2LL * width)) {
                 pairsRow(0, width * height);
                 return;
             }
@@ -452,8 +454,8 @@ void repack(const Side<const Kel8u>& src, const Side<Kel8u>& dst, int width, int
     // from a source column that grows with k the same way in every row.
     constexpr bool rowForRow = R == Rule::Same || R == Rule::OddColumnsDropped || R == Rule::ColumnsDoubled;
     const int sourceSamples = R == Rule::OddColumnsDropped ? 2 * samples : R == Rule::ColumnsDoubled ? samples / 2 : samples;
-    const bool compactChroma = from.steps[1] == sourceSamples * chromaPitch(SF) && from.steps[2] == sourceSamples * chromaPitch(SF) &&
-                               to.steps[1] == samples * chromaPitch(DF) && to.steps[2] == samples * chromaPitch(DF);
+    const long long compactSource = 1LL * sourceSamples * chromaPitch(SF), compactDest = 1LL * samples * chromaPitch(DF);
+    const bool compactChroma = from.steps[1] == compactSource && from.steps[2] == compactSource && to.steps[1] == compactDest && to.steps[2] == compactDest;
     if constexpr (isPixelOrder(SF)) {
         // A row of pixel pairs gives its luma and, where the destination has
         // a chroma row for it, that row; in 4:2:0 only the even rows do.

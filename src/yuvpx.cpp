@@ -1,6 +1,7 @@
 // RGB <-> full-range YUV with 4:2:2 and 4:2:0 chroma, also in the forms without strides:
 // forward averages a cell's colour differences (two pixels, or 2 x 2), inverse repeats its chroma.
 #include <cstdint>
+#include <limits>
 
 #include "callframe.h"
 #include "rowstore.h"
@@ -82,11 +83,12 @@ DerivedSteps steps420(int width)
 }
 
 // A whole 4:2:2 image of even width and at least 256 pixels is converted as
-// one long row: its rows lie back to back and each holds whole pairs.
+// one long row: its rows lie back to back and each holds whole pairs (while
+// the long row's bytes still count in an int).
 bool asOneRow(KelImageSize size)
 {
     const std::int64_t pixels = static_cast<std::int64_t>(size.width) * size.height;
-    return pixels >= 256 && (size.width & 1) == 0;
+    return pixels >= 256 && 3 * pixels <= std::numeric_limits<int>::max() && (size.width & 1) == 0;
 }
 
 } // namespace
@@ -125,7 +127,7 @@ KEL_API KelResult keliRGBToYUV422_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3
     if (asOneRow(imgSize))
         myRGBToYUV422_8u_C3P3(pSrc, pDst, imgSize);
     else
-        myRGBToYUV422_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, steps422(imgSize.width).planes, imgSize.width,
+        myRGBToYUV422_8u_C3P3R(pSrc, rowStep(imgSize.width, 3), pDst, steps422(imgSize.width).planes, imgSize.width,
                                imgSize.height);
     return kelOk;
 }
@@ -177,7 +179,7 @@ KEL_API KelResult keliYUV422ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDs
     if (asOneRow(imgSize))
         myYUV422ToRGB_8u_P3C3(pSrc, pDst, imgSize);
     else
-        myYUV422ToRGB_8u_P3C3R(pSrc, steps422(imgSize.width).planes, pDst, 3 * imgSize.width, imgSize.width,
+        myYUV422ToRGB_8u_P3C3R(pSrc, steps422(imgSize.width).planes, pDst, rowStep(imgSize.width, 3), imgSize.width,
                                imgSize.height);
     return kelOk;
 }
@@ -210,7 +212,7 @@ KEL_API KelResult keliRGBToYUV420_8u_P3R(const Kel8u* const pSrc[3], int srcStep
 
 KEL_API KelResult keliRGBToYUV420_8u_C3P3(const Kel8u* pSrc, Kel8u* const pDst[3], KelImageSize imgSize)
 {
-    return keliRGBToYUV420_8u_C3P3R(pSrc, 3 * imgSize.width, pDst, steps420(imgSize.width).planes, imgSize);
+    return keliRGBToYUV420_8u_C3P3R(pSrc, rowStep(imgSize.width, 3), pDst, steps420(imgSize.width).planes, imgSize);
 }
 
 KEL_API KelResult keliRGBToYUV420_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
@@ -244,7 +246,7 @@ KEL_API KelResult keliYUV420ToRGB_8u_P3R(const Kel8u* const pSrc[3], const int s
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3C3(const Kel8u* const pSrc[3], Kel8u* pDst, KelImageSize imgSize)
 {
-    return keliYUV420ToRGB_8u_P3C3R(pSrc, steps420(imgSize.width).planes, pDst, 3 * imgSize.width, imgSize);
+    return keliYUV420ToRGB_8u_P3C3R(pSrc, steps420(imgSize.width).planes, pDst, rowStep(imgSize.width, 3), imgSize);
 }
 
 KEL_API KelResult keliYUV420ToRGB_8u_P3(const Kel8u* const pSrc[3], Kel8u* const pDst[3], KelImageSize imgSize)
