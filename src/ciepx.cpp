@@ -73,7 +73,7 @@ void labRows(void (*kernel)(const Src*, Dst*, int), lab::LabRow<Src, Dst> fast, 
              Dst* pDst, int dstStep, int width, int height)
 {
     FallbackTally tally;
-    shareRowsAlways(height, [=, &tally](int y) {
+    shareRowsAlways(height, rowsApart(dstStep, 3LL * width * static_cast<std::int64_t>(sizeof(Dst))), [=, &tally](int y) {
         const Src* src = rowAt(pSrc, srcStep, y);
         Dst* dst = rowAt(pDst, dstStep, y);
         std::int64_t refused = 0;

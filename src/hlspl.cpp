@@ -148,7 +148,7 @@ void innerBGRToHLS_8u_AC4R(const Kel8u* src, Kel8u* dst, int width);
         if (sizeBelow(roiSize, 1, 1))                                             return kelErrSize;          \
         const int width = roiSize.width;                                                                      \
         const HueRow8u fast = fastRow<SRC, DST, DIRECTION>();                                                 \
-        shareRowsAlways(roiSize.height, [=](int y) {                                                          \
+        shareRowsAlways(roiSize.height, rowsApart(dstStep, 1LL * width * DST::pitch), [=](int y) {            \
             fastThenKernel<SRC, DST>(fast, KERNEL, SRC::rowsAt(pSrc, srcStep, y), DST::rowsAt(pDst, dstStep, y), \
                                      width);                                                                  \
         });                                                                                                   \
@@ -177,7 +177,7 @@ KEL_API KelResult keliBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pD
 void myBGRToHLS_8u_AC4R(const Kel8u* pSrc, int srcStep, Kel8u* pDst, int dstStep, int width, int height)
 {
     const HueRow8u fast = chooseHueRow8u(HueConversion::RGBToHLS, true, true, 4, 4, HueAlpha::Keep);
-    shareRowsAlways(height, [=](int y) {
+    shareRowsAlways(height, rowsApart(dstStep, 4LL * width), [=](int y) {
         fastThenKernel<Pixels4, Pixels4>(fast, innerBGRToHLS_8u_AC4R, rowAt(pSrc, srcStep, y), rowAt(pDst, dstStep, y),
                                          width);
     });

@@ -64,7 +64,8 @@ int fastPart(FastRow<T> fast, const T* src, T* dst, int width, HueKernel<T> kern
     {                                                                                                         \
         const FastRow<T> fast = fastRow<T>(conversionOf::PIXEL, pixelStride);                                 \
         FallbackTally tally;                                                                                  \
-        shareRowsAboveThreshold(width, height, [=, &tally](int y) {                                           \
+        const bool apart = rowsApart(dstStep, 1LL * width * pixelStride);                                      \
+        shareRowsAboveThreshold(width, height, apart, [=, &tally](int y) {                                    \
             const T* src = pSrc + static_cast<std::ptrdiff_t>(srcStep) * y;                                   \
             T* dst = pDst + static_cast<std::ptrdiff_t>(dstStep) * y;                                         \
             const int done = fastPart<T>(fast, src, dst, width, KERNEL, tally);                               \
@@ -123,7 +124,8 @@ void oneRow(Fast fast, FallbackTally& tally, const T* pSrc, int srcStep, T* pDst
     {                                                                                                         \
         const auto fast = vectorRowOf<T>(ModelVectorRow::VECTOR, pixelStride);                                  \
         FallbackTally tally;                                                                                  \
-        shareRowsAboveThreshold(width, height, [=, &tally](int y) {                                           \
+        const std::int64_t rowLength = 1LL * width * pixelStride * (BYTE_STEPS ? static_cast<int>(sizeof(T)) : 1);   \
+        shareRowsAboveThreshold(width, height, rowsApart(dstStep, rowLength), [=, &tally](int y) {             \
             oneRow<T, BYTE_STEPS, KERNEL>(fast, tally, pSrc, srcStep, pDst, dstStep, y, width, pixelStride);  \
         });                                                                                                   \
     }

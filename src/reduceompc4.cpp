@@ -8,6 +8,7 @@
 
 #include "kelcore.h"
 #include "reduceengines.h"
+#include "rowshare.h"
 
 namespace kel::reduce {
 
@@ -95,11 +96,13 @@ void clearFloats(float* buffer, std::int64_t count)
 // the buffers, the sections, the buffers freed.  row(rows, channel, y) runs
 // the kernel on one channel of row y.
 template <class Rows, class RowFn>
-KelResult runSections(int width, int height, int code, bool noise, const RowFn& row)
+KelResult runSections(int width, int height, int dstStep, int code, bool noise, const RowFn& row)
 {
     const int channels = channelsProcessed(code);
     int threads = 1;
-    if (channels > 1) threads = probeThreads();
+    // Sections write different channels of the same rows; where destination
+    // rows overlap, one channel's rows would meet another's: one section.
+    if (channels > 1 && rowsApart(dstStep, 1LL * width * samplesPerPixel(code))) threads = probeThreads();
     if (channels == 3 && threads >= 4) threads -= 1;
     const std::int64_t perBuffer = Rows::floatsOf(width, noise), total = threads * perBuffer;
     if (total > INT32_MAX) return kelErrNoMemory;
@@ -157,7 +160,7 @@ KelResult ownReduceBits_fs(const typename T::Source* pSrc, int srcStep, typename
     const Levels k = levelsOf<T>(L);
     const int pitch = samplesPerPixel(code);
     const PlainMidpoint midpoint{static_cast<float>(0.5L * k.S)};
-    return runSections<TwoRows>(width, height, code, false, [&](TwoRows& rows, int c, int y) {
+    return runSections<TwoRows>(width, height, dstStep, code, false, [&](TwoRows& rows, int c, int y) {
         innerReduceBits_fs<T>(channelRow(pSrc, srcStep, c, y), channelRow(pDst, dstStep, c, y), rows.above,
                               rows.current, width, pitch, midpoint, k);
     });
@@ -170,7 +173,7 @@ KelResult ownReduceBits_fs_noise(const typename T::Source* pSrc, int srcStep, ty
     const Levels k = levelsOf<T>(L);
     const int pitch = samplesPerPixel(code);
     return withDiffusionNoise(k, noisePercent, [&](const NoiseTables& noise) {
-        return runSections<TwoRows>(width, height, code, true, [&](TwoRows& rows, int c, int y) {
+        return runSections<TwoRows>(width, height, dstStep, code, true, [&](TwoRows& rows, int c, int y) {
             innerReduceBits_fs<T>(channelRow(pSrc, srcStep, c, y), channelRow(pDst, dstStep, c, y), rows.above,
                                   rows.current, width, pitch, NoiseMidpoint{noise, y}, k);
         });
@@ -184,7 +187,7 @@ KelResult ownReduceBits_st_jj(const typename T::Source* pSrc, int srcStep, typen
     const Levels k = levelsOf<T>(L);
     const int pitch = samplesPerPixel(code);
     const PlainMidpoint midpoint{static_cast<float>(0.5L * k.S)};
-    return runSections<ThreeRows>(width, height, code, false, [&](ThreeRows& rows, int c, int y) {
+    return runSections<ThreeRows>(width, height, dstStep, code, false, [&](ThreeRows& rows, int c, int y) {
         innerReduceBits_st_jj<T>(channelRow(pSrc, srcStep, c, y), channelRow(pDst, dstStep, c, y), rows.twoAbove,
                                  rows.above, rows.current, width, pitch, midpoint, k, kind);
     });
@@ -197,7 +200,7 @@ KelResult ownReduceBits_st_jj_noise(const typename T::Source* pSrc, int srcStep,
     const Levels k = levelsOf<T>(L);
     const int pitch = samplesPerPixel(code);
     return withDiffusionNoise(k, noisePercent, [&](const NoiseTables& noise) {
-        return runSections<ThreeRows>(width, height, code, true, [&](ThreeRows& rows, int c, int y) {
+        return runSections<ThreeRows>(width, height, dstStep, code, true, [&](ThreeRows& rows, int c, int y) {
             innerReduceBits_st_jj<T>(channelRow(pSrc, srcStep, c, y), channelRow(pDst, dstStep, c, y), rows.twoAbove,
                                      rows.above, rows.current, width, pitch, NoiseMidpoint{noise, y}, k, kind);
         });

@@ -38,14 +38,14 @@ void plainRows(const typename T::Source* pSrc, int srcStep, typename T::Destinat
     if constexpr (T::kScale == Scale::k8u) {
         Outcomes8u outcomes;
         outcomesOfBayer8u(pattern.at, k, outcomes);
-        shareRowsAlways(height, [&](int y) {
+        shareRowsAlways(height, rowsApart(dstStep, 1LL * width * pitch), [&](int y) {
             innerReduceBits_bayer_8u_table(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y,
                                            pDst + static_cast<std::ptrdiff_t>(dstStep) * y, width, pitch, channels, y,
                                            outcomes);
         });
     } else {
         const DitherRun<T> kernel = chooseDitherRun<T>();
-        shareRowsAlways(height, [&](int y) {
+        shareRowsAlways(height, rowsApart(dstStep, 1LL * width * pitch), [&](int y) {
             ditherRow<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y, pDst + static_cast<std::ptrdiff_t>(dstStep) * y,
                          width, pitch, channels, PlainThresholds{pattern.at, y}, k, kernel);
         });
@@ -62,7 +62,7 @@ KelResult noiseRows(const typename T::Source* pSrc, int srcStep, typename T::Des
     const float high = static_cast<float>(static_cast<long double>(noisePercent) / 100.0L);
     const DitherRun<T> kernel = chooseDitherRun<T>();
     return withNoiseTables(-high, high, [&](const NoiseTables& noise) {
-        shareRowsAlways(height, [&](int y) {
+        shareRowsAlways(height, rowsApart(dstStep, 1LL * width * pitch), [&](int y) {
             ditherRow<T>(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y, pDst + static_cast<std::ptrdiff_t>(dstStep) * y,
                          width, pitch, channels, NoiseThresholds{noise, k.S, y}, k, kernel);
         });
@@ -127,7 +127,7 @@ void scaleRows(const Kel32f* pSrc, int srcStep, Dst* pDst, int dstStep, int widt
                std::uint32_t offset)
 {
     const int pitch = samplesPerPixel(code), channels = channelsProcessed(code);
-    shareRowsAlways(height, [&](int y) {
+    shareRowsAlways(height, rowsApart(dstStep, 1LL * width * pitch), [&](int y) {
         innerScale_32f16(pSrc + static_cast<std::ptrdiff_t>(srcStep) * y,
                          reinterpret_cast<std::uint16_t*>(pDst + static_cast<std::ptrdiff_t>(dstStep) * y), width,
                          pitch, channels, offset);

@@ -19,6 +19,16 @@ inline std::int32_t pixelCount32(int width, int height)
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(width) * static_cast<std::uint32_t>(height));
 }
 
+// Whether rows `step` apart, `length` long (in the same unit), keep clear of
+// each other.  Destination rows that overlap (a step of 0 above all, which the
+// members without step tests accept) are written by the calling thread alone:
+// shared among a team, two threads would write the same bytes at once.
+inline bool rowsApart(int step, std::int64_t length)
+{
+    const std::int64_t s = step;
+    return (s < 0 ? -s : s) >= length;
+}
+
 // Runs row(y) once for every y in 0..height-1, the rows divided among a team
 // of threads_omp_of_n_kel threads by a static schedule (one contiguous block
 // each, walked upward).  With fork false the same region runs as a team of
@@ -33,18 +43,19 @@ inline void shareRows(int height, bool fork, const RowFn& row)
     }
 }
 
-// Families without a threshold: the region opens at every size.
+// Families without a threshold: the region opens at every size (as a team of
+// one where the destination rows overlap).
 template <typename RowFn>
-inline void shareRowsAlways(int height, const RowFn& row)
+inline void shareRowsAlways(int height, bool apart, const RowFn& row)
 {
-    shareRows(height, true, row);
+    shareRows(height, apart, row);
 }
 
 // Families with a threshold: below 4097 pixels the rows run serially.
 template <typename RowFn>
-inline void shareRowsAboveThreshold(int width, int height, const RowFn& row)
+inline void shareRowsAboveThreshold(int width, int height, bool apart, const RowFn& row)
 {
-    shareRows(height, pixelCount32(width, height) > kSerialPixels, row);
+    shareRows(height, apart && pixelCount32(width, height) > kSerialPixels, row);
 }
 
 } // namespace kel

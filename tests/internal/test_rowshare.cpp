@@ -4,6 +4,7 @@
 
 #include <omp.h>
 
+#include <limits>
 #include <set>
 #include <thread>
 #include <vector>
@@ -38,7 +39,7 @@ std::vector<Visit> visit(int height, Share share)
 
 std::vector<Visit> visitAboveThreshold(int width, int height)
 {
-    return visit(height, [width, height](auto row) { kel::shareRowsAboveThreshold(width, height, row); });
+    return visit(height, [width, height](auto row) { kel::shareRowsAboveThreshold(width, height, true, row); });
 }
 
 // Sizes whose 32-bit pixel count is at most 64 x 64, the wrapped products
@@ -83,7 +84,7 @@ TEST(RowSharing, EveryRowOnceInAscendingBlocksAtEverySize)
     for (int team : {1, 2, 3, 8}) {
         ThreadCount threads(team);
         for (int height : {1, 2, 7, 100}) {
-            const auto rows = visit(height, [height](auto row) { kel::shareRowsAlways(height, row); });
+            const auto rows = visit(height, [height](auto row) { kel::shareRowsAlways(height, true, row); });
             int previousThread = -1;
             for (const Visit& v : rows) {
                 ASSERT_EQ(1, v.count);
@@ -91,6 +92,29 @@ TEST(RowSharing, EveryRowOnceInAscendingBlocksAtEverySize)
                 ASSERT_GE(v.thread, previousThread) << "blocks are contiguous and in thread order";
                 previousThread = v.thread;
             }
+        }
+    }
+}
+
+// Destination rows that overlap stay on the calling thread, whatever the
+// size and the team: rows 0, 1 or fewer bytes apart than a row holds.
+TEST(RowSharing, OverlappingDestinationRowsRunOnTheCallingThread)
+{
+    EXPECT_TRUE(kel::rowsApart(12, 12));
+    EXPECT_TRUE(kel::rowsApart(-12, 12));
+    EXPECT_TRUE(kel::rowsApart(std::numeric_limits<int>::min(), 12));
+    EXPECT_FALSE(kel::rowsApart(0, 1));
+    EXPECT_FALSE(kel::rowsApart(11, 12));
+    EXPECT_FALSE(kel::rowsApart(-11, 12));
+    ThreadCount threads(4);
+    const std::thread::id caller = std::this_thread::get_id();
+    const auto always = visit(100, [](auto row) { kel::shareRowsAlways(100, false, row); });
+    const auto above = visit(100, [](auto row) { kel::shareRowsAboveThreshold(1000, 100, false, row); });
+    for (const auto* rows : {&always, &above}) {
+        for (const Visit& v : *rows) {
+            ASSERT_EQ(1, v.count);
+            ASSERT_EQ(1, v.teamSize);
+            ASSERT_EQ(caller, v.id);
         }
     }
 }
