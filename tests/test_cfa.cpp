@@ -551,7 +551,7 @@ TEST_P(CfaToRgb, NoChangeEitherWayTakesTheFourNeighbourMean)
     const Frame f = aroundTwoTwo(60, 60, 50, 50);
     const Source src(f, m.bytes);
     for (auto [grid, want] : {std::pair{kelBayerGridRGGB, Trio{90, 25, 77}}, {kelBayerGridBGGR, Trio{77, 25, 90}}}) {
-        expectRegion(m, f, src, grid, {2, 2, 1, 1}, [want](int, int) { return want; });
+        expectRegion(m, f, src, grid, {2, 2, 1, 1}, [want = want](int, int) { return want; });
         const Pixels whole = wholeFrameCall(m, f, src, grid);
         EXPECT_EQ(want, whole.want()(2, 2)) << gridName(grid);
     }
@@ -565,7 +565,7 @@ TEST_P(CfaToRgb, OnePixelAtTwoTwoTakesTheGradientTest)
     for (auto [f, green] : {std::pair{aroundTwoTwo(50, 50, 0, 200), 15}, {aroundTwoTwo(0, 200, 50, 50), 36},
                             {aroundTwoTwo(100, 98, 100, 103), 15}, {aroundTwoTwo(100, 103, 100, 98), 36}}) {
         const Source src(f, m.bytes);
-        expectRegion(m, f, src, kelBayerGridRGGB, {2, 2, 1, 1}, [green](int, int) { return Trio{90, green, 77}; });
+        expectRegion(m, f, src, kelBayerGridRGGB, {2, 2, 1, 1}, [green = green](int, int) { return Trio{90, green, 77}; });
     }
 }
 

@@ -393,8 +393,8 @@ TEST_P(Packed16PixelOrder, RowsBackToBackConvertAsRows)
         out.pointers[0] = reinterpret_cast<Kel8u*>(words.data());
         out.steps[0] = 2 * w;
         EXPECT_EQ(kelOk, m.call(view, out, {w, h}));
-        expectElements(w, h, [&](int x, int y) { return words[y * w + x]; },
-                       [&](int x, int y) { return modelAt(m, src, x, y, w, y); }, m.name);
+        expectElements(w, h, [&, w = w](int x, int y) { return words[y * w + x]; },
+                       [&, w = w](int x, int y) { return modelAt(m, src, x, y, w, y); }, m.name);
         EXPECT_EQ(std::vector<Kel16u>(8, 0xBEEF), std::vector<Kel16u>(words.end() - 8, words.end()));
     }
 }
