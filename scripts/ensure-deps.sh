@@ -3,7 +3,8 @@
 # (Debian/Ubuntu, as root or through sudo). Safe to run again.
 #   scripts/ensure-deps.sh build   compiler, CMake, Ninja (OpenMP comes with GCC),
 #                                  pkg-config and Highway (the SIMD kernels; a
-#                                  -DKELCC_SIMD_TARGETS=scalar build needs neither)
+#                                  -DKELCC_SIMD_TARGETS=scalar build needs neither),
+#                                  libpng (the kelcc tool)
 #   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
 #   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv and OpenCV (the peers)
 #   scripts/ensure-deps.sh tsan    the above for test, clang with its sanitizer runtimes,
@@ -18,8 +19,11 @@ command -v gcc >/dev/null 2>&1 || missing+=(gcc)
 command -v pkg-config >/dev/null 2>&1 || missing+=(pkg-config)
 [ -f /usr/include/hwy/highway.h ] || missing+=(libhwy-dev)
 case $job in
-  build) ;;
+  build)
+    [ -f /usr/include/png.h ] || missing+=(libpng-dev)
+    ;;
   test)
+    [ -f /usr/include/png.h ] || missing+=(libpng-dev)
     command -v nm >/dev/null 2>&1 || missing+=(binutils)
     [ -f /usr/include/gtest/gtest.h ] || missing+=(libgtest-dev)
     ;;
