@@ -30,7 +30,7 @@ case "${1:-}" in
     job=tsan
     dir=build-tsan
     flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
-           -DKELCC_TSAN=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF -DKELCC_EXAMPLES=OFF)
+           -DKELCC_TSAN=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF -DKELCC_EXAMPLES=OFF -DKELCC_TOOL=OFF)
     targets=(--target kelcc_tsan_tests kelcc_tsan_internal_tests)
     select=(-L tsan)
     ;;
