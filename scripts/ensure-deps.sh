@@ -7,6 +7,8 @@
 #                                  libpng (the kelcc tool)
 #   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
 #   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv and OpenCV (the peers)
+#   scripts/ensure-deps.sh tsan    the above for test, clang with its sanitizer runtimes,
+#                                  and LLVM's OpenMP runtime with its Archer tool
 set -euo pipefail
 job=${1:-build}
 missing=()
@@ -30,7 +32,22 @@ case $job in
     [ -f /usr/include/libyuv.h ] || missing+=(libyuv-dev)
     { command -v pkg-config >/dev/null 2>&1 && pkg-config --exists opencv4; } || missing+=(libopencv-dev)
     ;;
-  *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
+  tsan)
+    command -v nm >/dev/null 2>&1 || missing+=(binutils)
+    [ -f /usr/include/gtest/gtest.h ] || missing+=(libgtest-dev)
+    if command -v clang++ >/dev/null 2>&1; then
+      # A program built with TSan and OpenMP links (runtimes present), and
+      # Archer lies beside the OpenMP runtime.
+      probe=$(mktemp -d)
+      echo 'int main() { return 0; }' > "$probe/p.cpp"
+      clang++ -fsanitize=thread -fopenmp "$probe/p.cpp" -o "$probe/p" >/dev/null 2>&1 || missing+=(libclang-rt-dev libomp-dev)
+      rm -rf "$probe"
+      [ -f "$(clang++ -print-resource-dir)/../../libarcher.so" ] || missing+=(libomp-dev)
+    else
+      missing+=(clang libclang-rt-dev libomp-dev)
+    fi
+    ;;
+  *) echo "usage: $0 build|test|bench|tsan" >&2; exit 2 ;;
 esac
 if [ ${#missing[@]} -eq 0 ]; then
   exit 0

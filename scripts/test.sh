@@ -3,11 +3,17 @@
 #   scripts/test.sh             release build in ./build
 #   scripts/test.sh --sanitize  AddressSanitizer + UBSan build in ./build-sanitize
 #   scripts/test.sh --scalar    the reference kernels alone, no SIMD, in ./build-scalar
+#   scripts/test.sh --tsan      ThreadSanitizer (clang, LLVM's OpenMP runtime and
+#                               its Archer tool) in ./build-tsan: the tests of the
+#                               threaded families, the host-thread and the
+#                               allocation-failure tests (label "tsan")
 set -euo pipefail
 cd "$(dirname "$0")/.."
-scripts/ensure-deps.sh test
+job=test
 dir=build
 flags=(-DCMAKE_BUILD_TYPE=Release -DKELCC_TESTS=ON)
+targets=()
+select=(-LE long)
 case "${1:-}" in
   "") ;;
   --sanitize)
@@ -20,9 +26,27 @@ case "${1:-}" in
     dir=build-scalar
     flags=(-DCMAKE_BUILD_TYPE=Release -DKELCC_SIMD_TARGETS=scalar -DKELCC_TESTS=ON -DKELCC_BENCH=OFF)
     ;;
-  *) echo "usage: $0 [--sanitize | --scalar]" >&2; exit 2 ;;
+  --tsan)
+    job=tsan
+    dir=build-tsan
+    flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+           -DKELCC_TSAN=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF -DKELCC_EXAMPLES=OFF -DKELCC_TOOL=OFF)
+    targets=(--target kelcc_tsan_tests kelcc_tsan_internal_tests)
+    select=(-L tsan)
+    ;;
+  *) echo "usage: $0 [--sanitize | --scalar | --tsan]" >&2; exit 2 ;;
 esac
+scripts/ensure-deps.sh "$job"
 cmake -S . -B "$dir" -G Ninja "${flags[@]}" >/dev/null
-cmake --build "$dir"
+cmake --build "$dir" "${targets[@]}"
+if [ "$job" = tsan ]; then
+  # GCC's OpenMP runtime is not instrumented: nothing may bring it in.
+  for binary in "$dir"/libkelccpx.so "$dir"/libkelcore.so "$dir"/tests/kelcc_tsan_tests "$dir"/tests/kelcc_tsan_internal_tests; do
+    if ldd "$binary" | grep -q libgomp; then
+      echo "$binary links libgomp; the TSan build needs LLVM's libomp alone" >&2
+      exit 1
+    fi
+  done
+fi
 # The long sweeps (label "long") run by hand: ctest --test-dir build -L long
-ctest --test-dir "$dir" --output-on-failure -LE long -j "$(nproc)"
+ctest --test-dir "$dir" --output-on-failure "${select[@]}" -j "$(nproc)"
