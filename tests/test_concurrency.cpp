@@ -265,4 +265,44 @@ TEST(Concurrency, SameMemberOnEveryThreadAtOnce)
     }
 }
 
+// A destination step of 0 (or less than a row) folds every row onto the
+// same bytes.  Such calls run on the calling thread whatever the team, so the
+// last row's result is what stays, as a team of one leaves it, with no two
+// threads writing the same byte (the thread-checking build sees this test).
+TEST(Concurrency, OverlappingDestinationRowsGiveTheResultOfATeamOfOne)
+{
+    constexpr int w = 80, h = 64;  // 5120 pixels: above the threshold of the families that have one
+    struct Fold {
+        const char* name;
+        int dstStep;
+        KelResult (*call)(Image& s, Kel8u* d, int dstStep);
+    };
+    const Fold folds[] = {
+        {"BGRToLab_8u_C3R, step 0", 0, [](Image& s, Kel8u* d, int step) { return keliBGRToLab_8u_C3R(s.ptr(), s.step(), d, step, {w, h}); }},
+        {"RGBToHSV_8u_C3R, step 0", 0, [](Image& s, Kel8u* d, int step) { return keliRGBToHSV_8u_C3R(s.ptr(), s.step(), d, step, {w, h}); }},
+        {"RGBToXYZ_8u_C3R, step 3", 3, [](Image& s, Kel8u* d, int step) { return keliRGBToXYZ_8u_C3R(s.ptr(), s.step(), d, step, {w, h}); }},
+        {"ReduceBits_8u_C3R fs, step 0", 0, [](Image& s, Kel8u* d, int step) {
+             return keliReduceBits_8u_C3R(s.ptr(), s.step(), d, step, {w, h}, 0, kelDitherFloydSteinberg, 4);
+         }},
+        {"ReduceBits_8u_C3R ordered, step 0", 0, [](Image& s, Kel8u* d, int step) {
+             return keliReduceBits_8u_C3R(s.ptr(), s.step(), d, step, {w, h}, 0, kelDitherOrdered, 4);
+         }},
+    };
+    for (const Fold& f : folds) {
+        std::vector<std::uint8_t> byTeam[2];
+        int slot = 0;
+        for (int team : {1, 4}) {
+            ThreadCount threads(team);
+            Image src = pixels(w, h, 3);
+            src.fill(77);
+            Image dst = pixels(w + 1, 1, 3);  // one row and a pixel: room for a step of 3 too
+            dst.fillWith(0);
+            ASSERT_EQ(kelOk, f.call(src, dst.ptr(), f.dstStep)) << f.name;
+            EXPECT_TRUE(dst.intact()) << f.name;
+            byTeam[slot++] = dst.rows();
+        }
+        EXPECT_EQ(byTeam[0], byTeam[1]) << f.name;
+    }
+}
+
 } // namespace
