@@ -6,6 +6,8 @@
 #                                  -DKELCC_SIMD_TARGETS=scalar build needs neither)
 #   scripts/ensure-deps.sh test    the above, GoogleTest, pkg-config and nm
 #   scripts/ensure-deps.sh bench   the above for build, Google Benchmark, libyuv and OpenCV (the peers)
+#   scripts/ensure-deps.sh fuzz    the above for build, clang with libFuzzer and the
+#                                  sanitizer runtimes, llvm-symbolizer (the fuzz targets)
 set -euo pipefail
 job=${1:-build}
 missing=()
@@ -26,7 +28,20 @@ case $job in
     [ -f /usr/include/libyuv.h ] || missing+=(libyuv-dev)
     { command -v pkg-config >/dev/null 2>&1 && pkg-config --exists opencv4; } || missing+=(libopencv-dev)
     ;;
-  *) echo "usage: $0 build|test|bench" >&2; exit 2 ;;
+  fuzz)
+    command -v clang >/dev/null 2>&1 || missing+=(clang)
+    # libFuzzer and the sanitizer runtimes: libclang-rt-N-dev (Debian 12) or libclang-rt-dev.
+    if ! ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1; then
+      if apt-cache show libclang-rt-dev >/dev/null 2>&1; then
+        missing+=(libclang-rt-dev)
+      else
+        ver=$(clang --version 2>/dev/null | grep -Eo 'version [0-9]+' | grep -Eo '[0-9]+' || echo 14)
+        missing+=("libclang-rt-$ver-dev")
+      fi
+    fi
+    command -v llvm-symbolizer >/dev/null 2>&1 || missing+=(llvm)
+    ;;
+  *) echo "usage: $0 build|test|bench|fuzz" >&2; exit 2 ;;
 esac
 if [ ${#missing[@]} -eq 0 ]; then
   exit 0
