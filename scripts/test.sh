@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Builds the library and its tests and runs the whole suite.
 #   scripts/test.sh             release build in ./build
-#   scripts/test.sh --sanitize  AddressSanitizer + UBSan build in ./build-sanitize
+#   scripts/test.sh --sanitize  AddressSanitizer + UBSan build (clang) in ./build-sanitize:
+#                               the suite, then a short run of every fuzz target
+#                               and the replay of past findings
 #   scripts/test.sh --scalar    the reference kernels alone, no SIMD, in ./build-scalar
 #   scripts/test.sh --tsan      ThreadSanitizer (clang, LLVM's OpenMP runtime and
 #                               its Archer tool) in ./build-tsan: the tests of the
@@ -17,10 +19,13 @@ select=(-LE long)
 case "${1:-}" in
   "") ;;
   --sanitize)
+    job=sanitize
     dir=build-sanitize
-    flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DKELCC_SANITIZE=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF)
+    flags=(-DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++
+           -DKELCC_SANITIZE=ON -DKELCC_FUZZ=ON -DKELCC_TESTS=ON -DKELCC_BENCH=OFF)
     export ASAN_OPTIONS=detect_leaks=1:abort_on_error=1
     export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
+    export LSAN_OPTIONS=suppressions=$PWD/tests/lsan.supp
     ;;
   --scalar)
     dir=build-scalar
