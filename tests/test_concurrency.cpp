@@ -295,7 +295,7 @@ TEST(Concurrency, OverlappingDestinationRowsGiveTheResultOfATeamOfOne)
             ThreadCount threads(team);
             Image src = pixels(w, h, 3);
             src.fill(77);
-            Image dst = pixels(w + 1, 1, 3);  // one row and a pixel: room for a step of 3 too
+            Image dst = pixels(w + h, 1, 3);  // one row, and room for rows a pixel apart
             dst.fillWith(0);
             ASSERT_EQ(kelOk, f.call(src, dst.ptr(), f.dstStep)) << f.name;
             EXPECT_TRUE(dst.intact()) << f.name;
