@@ -18,6 +18,11 @@
 //     back of the input; calls; and aborts with a report when the status is
 //     unknown, when a failed call changed anything, or when a byte outside
 //     the destination's rows (guards, row padding, the source) changed.
+//   - convertAt() does the same at a size the run function draws itself (a
+//     member with a path for large images), with a hook that shapes the
+//     samples before the call (shapeFloats: floats in a range, edge values
+//     among them); keepsAlpha() wraps a call so that the alpha samples of a
+//     four-sample destination are checked as well.
 //
 // Memory: no buffer spans more than kMaxSpan bytes.  A size that fails the
 // argument tests (width or height below 1) gets empty buffers that sit right
@@ -614,14 +619,16 @@ inline void describe(const Image& src, const Image& dst)
 // and fills the images, calls `call(src, dst, size)` and checks.  `adjust`
 // may change the layouts (rows above the region, a write region other than
 // the rows) before the buffers are made.
-template <typename Call, typename Adjust>
-void convert(Input& in, const char* name, const Side& srcSide, const Side& dstSide, unsigned flags, Call&& call,
-             Adjust&& adjust)
+// convert() at a size the caller has drawn: shrunk to the cap already, or
+// chosen larger on purpose (a member with a path for large images) with no
+// buffer past kMaxSpan.  `prepare(src, dst)` runs on the filled images before
+// the snapshot, to give the samples a shape of their own (floats in a range).
+// The team size is the caller's to set.
+template <typename Call, typename Adjust, typename Prepare>
+void convertAt(Input& in, const char* name, int w, int h, const Side& srcSide, const Side& dstSide, unsigned flags,
+               Call&& call, Adjust&& adjust, Prepare&& prepare)
 {
-    int w = in.dimension(), h = in.dimension();
-    drawThreads(in);
     const bool refused = w < 1 || h < 1;
-    if (!refused) shrink(w, h, bytesPerPixel(srcSide) + bytesPerPixel(dstSide));
     Layout ls = refused ? Layout(bufferCount(srcSide)) : layoutOf(srcSide, w, h);
     Layout ld = refused ? Layout(bufferCount(dstSide)) : layoutOf(dstSide, w, h);
     if (!refused) adjust(ls, ld, w, h);
@@ -636,16 +643,119 @@ void convert(Input& in, const char* name, const Side& srcSide, const Side& dstSi
     describe(src, dst);
     src.fill(in);
     dst.fill(in);
+    prepare(src, dst);
     src.snapshot();
     dst.snapshot();
     const KelResult status = call(src, hasDst ? dst : src, KelImageSize{w, h});
     check(status, src, hasDst ? dst : src, refused, null.side >= 0, hasDst ? flags : flags | kInPlace);
 }
 
+template <typename Call, typename Adjust>
+void convert(Input& in, const char* name, const Side& srcSide, const Side& dstSide, unsigned flags, Call&& call,
+             Adjust&& adjust)
+{
+    int w = in.dimension(), h = in.dimension();
+    drawThreads(in);
+    if (w >= 1 && h >= 1) shrink(w, h, bytesPerPixel(srcSide) + bytesPerPixel(dstSide));
+    convertAt(in, name, w, h, srcSide, dstSide, flags, std::forward<Call>(call), std::forward<Adjust>(adjust),
+              [](Image&, Image&) {});
+}
+
 template <typename Call>
 void convert(Input& in, const char* name, const Side& srcSide, const Side& dstSide, unsigned flags, Call&& call)
 {
     convert(in, name, srcSide, dstSide, flags, std::forward<Call>(call), [](Layout&, Layout&, int, int) {});
+}
+
+// ---- sample shapes and alpha -------------------------------------------------
+
+// Gives the 32-bit float samples of an image (every buffer, rows first .. end
+// - 1) a shape, by `mode`: 0 leaves the raw bit patterns (NaN, infinities,
+// denormals and huge values among them); 1 makes each sample lo + u * (hi -
+// lo), u in 0 .. 1 from its own bits; 2 does the same but for one sample in
+// sixteen, which becomes an edge value (NaN, an infinity, -0, lo, hi, just
+// outside the range, -FLT_MAX, a denormal).
+inline void shapeFloats(Image& im, int mode, float lo, float hi)
+{
+    if (mode == 0) return;
+    const double span = static_cast<double>(hi) - lo;
+    for (std::size_t i = 0; i < im.count(); ++i) {
+        const PlaneGeometry& g = im.geometry(i);
+        Buffer& b = im.buffer(i);
+        for (int y = g.first; y < g.end; ++y) {
+            std::uint8_t* row = b.origin() + y * b.step();
+            for (std::int64_t x = 0; x + 4 <= g.rowBytes; x += 4) {
+                std::uint32_t bits;
+                std::memcpy(&bits, row + x, 4);
+                float f = static_cast<float>(lo + span * ((bits >> 8) / 16777215.0));
+                if (mode == 2 && (bits & 15) == 0) {
+                    switch ((bits >> 4) & 7) {
+                    case 0: f = std::numeric_limits<float>::quiet_NaN(); break;
+                    case 1: f = std::numeric_limits<float>::infinity(); break;
+                    case 2: f = -std::numeric_limits<float>::infinity(); break;
+                    case 3: f = -0.0f; break;
+                    case 4: f = (bits & 0x100) ? lo : hi; break;
+                    case 5: f = (bits & 0x100) ? std::nextafter(lo, -FLT_MAX) : std::nextafter(hi, FLT_MAX); break;
+                    case 6: f = -FLT_MAX; break;
+                    default: f = std::numeric_limits<float>::denorm_min(); break;
+                    }
+                }
+                std::memcpy(row + x, &f, 4);
+            }
+        }
+    }
+}
+
+// The fourth sample of every pixel of an image of four samples a pixel, for
+// the members that leave alpha alone: taken before the call and compared
+// after a call that succeeded.  Watched only where an alpha sample can't also
+// be a colour sample of another row: rows a whole number of pixels apart, or
+// rows that don't overlap.
+class AlphaWatch {
+public:
+    AlphaWatch(const Image& im, int sampleBytes, KelImageSize z) : sampleBytes_(sampleBytes)
+    {
+        if (im.count() == 0 || im.pointers[0] == nullptr || z.width < 1 || z.height < 1) return;
+        const std::int64_t pixel = 4 * sampleBytes, step = im.steps[0];
+        if (std::abs(step) < pixel * z.width && step % pixel != 0) return;
+        for (int y = 0; y < z.height; ++y)
+            for (int x = 0; x < z.width; ++x) {
+                std::uint8_t* p = im.pointers[0] + y * step + x * pixel + 3 * sampleBytes;
+                std::uint32_t v = 0;
+                std::memcpy(&v, p, static_cast<std::size_t>(sampleBytes));
+                watched_.push_back({p, v});
+            }
+    }
+
+    void verify(KelResult status) const
+    {
+        if (status < 0) return;
+        for (const auto& [p, v] : watched_) {
+            std::uint32_t now = 0;
+            std::memcpy(&now, p, static_cast<std::size_t>(sampleBytes_));
+            if (now != v) {
+                record().status = status;
+                std::snprintf(record().detail, sizeof record().detail, "alpha sample at %p changed", static_cast<void*>(p));
+                fail("a member that leaves alpha alone wrote it");
+            }
+        }
+    }
+
+private:
+    int sampleBytes_;
+    std::vector<std::pair<std::uint8_t*, std::uint32_t>> watched_;
+};
+
+// Wraps a call (src, dst, size) so that the alpha samples of its destination
+// (the image itself, in place) are watched.
+template <typename Call> auto keepsAlpha(int sampleBytes, Call call)
+{
+    return [sampleBytes, call](Image& s, Image& d, KelImageSize z) mutable {
+        const AlphaWatch watch(d, sampleBytes, z);
+        const KelResult status = call(s, d, z);
+        watch.verify(status);
+        return status;
+    };
 }
 
 // ---- targets ----------------------------------------------------------------
