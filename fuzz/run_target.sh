@@ -7,6 +7,8 @@
 set -euo pipefail
 export ASAN_OPTIONS=${ASAN_OPTIONS:-abort_on_error=1:detect_leaks=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+# LLVM's OpenMP runtime frees its thread pool after the leak check.
+export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$(dirname "$0")/../tests/lsan.supp}
 case ${1:-} in
   fuzz)
     target=$2 corpus=$3 work=$4 seconds=$5

@@ -38,6 +38,8 @@ mkdir -p "$work/corpus" "$work/artifacts"
 cp -n fuzz/corpus/"$target"/* "$work/corpus/" 2>/dev/null || true
 export ASAN_OPTIONS=${ASAN_OPTIONS:-abort_on_error=1:detect_leaks=1}
 export UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}
+# LLVM's OpenMP runtime frees its thread pool after the leak check.
+export LSAN_OPTIONS=${LSAN_OPTIONS:-suppressions=$root/tests/lsan.supp}
 export OMP_WAIT_POLICY=${OMP_WAIT_POLICY:-passive}
 log=$work/last-run.log
 set +e
