@@ -87,8 +87,8 @@ void called(KelResult status, const char* call)
 void pipeline(const Options& o, const std::function<Frame(Frame)>& work, const std::function<Layout(Layout)>& produces,
               bool exact = false)
 {
-    const FileSpec in = describeFile(o.args[0], o.from);
-    const FileSpec out = describeFile(o.args[1], o.to);
+    const FileInfo in = describeFile(o.args[0], o.from);
+    const FileInfo out = describeFile(o.args[1], o.to);
     auto reader = openReader(in, o.size);
     const Layout made = produces(reader->layout());
     const Layout target = outputLayout(out, made);
@@ -453,7 +453,7 @@ void runModel(const Options& o, const char* model)
     // The depth of the planes: as given, else from the planes' file.
     int depth = o.depth;
     if (depth == 0) {
-        const FileSpec planes = describeFile(o.args[o.inverse ? 0 : 1], o.inverse ? o.from : o.to);
+        const FileInfo planes = describeFile(o.args[o.inverse ? 0 : 1], o.inverse ? o.from : o.to);
         if (o.inverse && planes.container != Container::pfm && planes.container != Container::raw) {
             depth = -1;  // from the image read
         } else {

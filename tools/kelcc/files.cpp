@@ -465,7 +465,7 @@ private:
 
 class ImageWriter : public FrameWriter {
 public:
-    ImageWriter(const FileSpec& spec) : out_(spec.path), container_(spec.container), gray_(spec.grayImage) {}
+    ImageWriter(const FileInfo& file) : out_(file.path), container_(file.container), gray_(file.grayImage) {}
     void write(const Frame& frame) override
     {
         if (has_)
@@ -522,7 +522,7 @@ private:
 
 class StreamWriter : public FrameWriter {
 public:
-    StreamWriter(const FileSpec& spec, const StreamTags& tags) : out_(spec.path), y4m_(spec.container == Container::y4m), tags_(tags) {}
+    StreamWriter(const FileInfo& file, const StreamTags& tags) : out_(file.path), y4m_(file.container == Container::y4m), tags_(tags) {}
     void write(const Frame& frame) override
     {
         if (y4m_) {
@@ -593,10 +593,10 @@ std::optional<Container> containerByName(const std::string& name)
     return std::nullopt;
 }
 
-FileSpec describeFile(const std::string& path, const std::string& forced)
+FileInfo describeFile(const std::string& path, const std::string& forced)
 {
-    FileSpec spec;
-    spec.path = path;
+    FileInfo file;
+    file.path = path;
     const std::string ext = lowerExtension(path);
     auto fromExtension = [&]() -> std::optional<Container> {
         if (ext == "yuv") return Container::raw;
@@ -604,52 +604,52 @@ FileSpec describeFile(const std::string& path, const std::string& forced)
     };
     if (!forced.empty()) {
         if (auto c = containerByName(forced)) {
-            spec.container = *c;
-            spec.grayImage = forced == "pgm";
-            return spec;
+            file.container = *c;
+            file.grayImage = forced == "pgm";
+            return file;
         }
         const auto l = layoutByName(forced);
         if (!l) throw UsageFailure("unknown format '" + forced + "' (see kelcc help formats)");
-        spec.layout = *l;
+        file.layout = *l;
         const auto c = fromExtension();
-        spec.container = c ? *c : Container::raw;
-        if (spec.container != Container::raw && !holds(spec.container, *l))
-            throw UsageFailure(std::string("a ") + containerName(spec.container) + " file can't hold " + forced);
-        return spec;
+        file.container = c ? *c : Container::raw;
+        if (file.container != Container::raw && !holds(file.container, *l))
+            throw UsageFailure(std::string("a ") + containerName(file.container) + " file can't hold " + forced);
+        return file;
     }
     if (const auto c = fromExtension()) {
-        spec.container = *c;
-        spec.grayImage = ext == "pgm";
-        if (ext == "yuv") spec.layout = Layout::i420;
-        return spec;
+        file.container = *c;
+        file.grayImage = ext == "pgm";
+        if (ext == "yuv") file.layout = Layout::i420;
+        return file;
     }
     if (const auto l = layoutByName(ext)) {
-        spec.container = Container::raw;
-        spec.layout = *l;
-        return spec;
+        file.container = Container::raw;
+        file.layout = *l;
+        return file;
     }
     throw UsageFailure("unknown format of " + path + " (name it with --from or --to; see kelcc help formats)");
 }
 
 bool holdsFrames(Container c) { return c == Container::y4m || c == Container::raw; }
 
-Layout outputLayout(const FileSpec& spec, Layout source)
+Layout outputLayout(const FileInfo& file, Layout source)
 {
-    if (spec.layout) {
-        if (spec.container != Container::raw && !holds(spec.container, *spec.layout))
-            throw UsageFailure(std::string("a ") + containerName(spec.container) + " file can't hold " + layoutName(*spec.layout));
-        return *spec.layout;
+    if (file.layout) {
+        if (file.container != Container::raw && !holds(file.container, *file.layout))
+            throw UsageFailure(std::string("a ") + containerName(file.container) + " file can't hold " + layoutName(*file.layout));
+        return *file.layout;
     }
     const bool wide = isWide(source) && !isFloat(source);  // float narrows to 256 levels: 8 bits hold them
     const bool gray = isGrayLayout(source);
-    switch (spec.container) {
+    switch (file.container) {
     case Container::png:
         if (holds(Container::png, source)) return source;
         if (source == Layout::bgra) return Layout::rgba;
         if (gray) return wide ? Layout::gray16 : Layout::gray;
         return wide ? Layout::rgb48 : Layout::rgb24;
     case Container::pnm:
-        if (spec.grayImage || (gray && lowerExtension(spec.path) != "ppm")) return wide ? Layout::gray16 : Layout::gray;
+        if (file.grayImage || (gray && lowerExtension(file.path) != "ppm")) return wide ? Layout::gray16 : Layout::gray;
         return wide ? Layout::rgb48 : Layout::rgb24;
     case Container::pfm: return gray ? Layout::grayf : Layout::rgbf;
     case Container::y4m:
@@ -658,42 +658,42 @@ Layout outputLayout(const FileSpec& spec, Layout source)
         return Layout::i420;
     case Container::raw: break;
     }
-    throw UsageFailure("can't tell the layout of " + spec.path + ": name one with --to (see kelcc help formats)");
+    throw UsageFailure("can't tell the layout of " + file.path + ": name one with --to (see kelcc help formats)");
 }
 
-std::unique_ptr<FrameReader> openReader(const FileSpec& spec, const std::string& size)
+std::unique_ptr<FrameReader> openReader(const FileInfo& file, const std::string& size)
 {
-    switch (spec.container) {
+    switch (file.container) {
     case Container::png: {
-        InputFile in(spec.path);
+        InputFile in(file.path);
         return std::make_unique<ImageReader>(readPng(in));
     }
     case Container::pnm: {
-        InputFile in(spec.path);
+        InputFile in(file.path);
         return std::make_unique<ImageReader>(readPnm(in));
     }
     case Container::pfm: {
-        InputFile in(spec.path);
+        InputFile in(file.path);
         return std::make_unique<ImageReader>(readPfm(in));
     }
-    case Container::y4m: return std::make_unique<Y4mReader>(spec.path);
+    case Container::y4m: return std::make_unique<Y4mReader>(file.path);
     case Container::raw: break;
     }
-    if (!spec.layout) throw UsageFailure("can't tell the layout of " + spec.path + ": name one with --from (see kelcc help formats)");
-    if (size.empty()) throw UsageFailure(std::string("a raw ") + layoutName(*spec.layout) + " input needs --size WxH");
+    if (!file.layout) throw UsageFailure("can't tell the layout of " + file.path + ": name one with --from (see kelcc help formats)");
+    if (size.empty()) throw UsageFailure(std::string("a raw ") + layoutName(*file.layout) + " input needs --size WxH");
     int w = 0, h = 0;
     char extra = 0;
     if (std::sscanf(size.c_str(), "%dx%d%c", &w, &h, &extra) != 2 || w < 1 || h < 1)
         throw UsageFailure("--size wants WxH, e.g. 640x480, not '" + size + "'");
     checkDimensions(w, h, "--size");
-    return std::make_unique<RawReader>(spec.path, *spec.layout, w, h);
+    return std::make_unique<RawReader>(file.path, *file.layout, w, h);
 }
 
-std::unique_ptr<FrameWriter> openWriter(const FileSpec& spec, Layout layout, const StreamTags& tags)
+std::unique_ptr<FrameWriter> openWriter(const FileInfo& file, Layout layout, const StreamTags& tags)
 {
     (void)layout;
-    if (holdsFrames(spec.container)) return std::make_unique<StreamWriter>(spec, tags);
-    return std::make_unique<ImageWriter>(spec);
+    if (holdsFrames(file.container)) return std::make_unique<StreamWriter>(file, tags);
+    return std::make_unique<ImageWriter>(file);
 }
 
 }  // namespace kelcctool

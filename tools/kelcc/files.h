@@ -19,7 +19,7 @@ std::optional<Container> containerByName(const std::string& name);
 
 // What the command line says of a file: its container and, for raw and y4m
 // (and to pick among what an image file holds), a layout.
-struct FileSpec {
+struct FileInfo {
     std::string path;
     Container container = Container::raw;
     std::optional<Layout> layout;
@@ -28,7 +28,7 @@ struct FileSpec {
 
 // --from/--to and the file name's extension: the name given wins, then the
 // extension (.png .ppm .pgm .pnm .pfm .y4m, .yuv for i420, a layout's name).
-FileSpec describeFile(const std::string& path, const std::string& forced);
+FileInfo describeFile(const std::string& path, const std::string& forced);
 
 // The y4m header fields kelcc carries from input to output.
 struct StreamTags {
@@ -48,10 +48,10 @@ public:
 };
 
 // Opens an input: raw files need `size` (WxH).
-std::unique_ptr<FrameReader> openReader(const FileSpec& spec, const std::string& size);
+std::unique_ptr<FrameReader> openReader(const FileInfo& file, const std::string& size);
 
-// The layout an output of this spec takes for frames of the given layout.
-Layout outputLayout(const FileSpec& spec, Layout source);
+// The layout an output of this file takes for frames of the given layout.
+Layout outputLayout(const FileInfo& file, Layout source);
 // Whether the container can hold several frames.
 bool holdsFrames(Container c);
 
@@ -62,6 +62,6 @@ public:
     virtual void finish() = 0;                   // completes and renames the file
 };
 
-std::unique_ptr<FrameWriter> openWriter(const FileSpec& spec, Layout layout, const StreamTags& tags);
+std::unique_ptr<FrameWriter> openWriter(const FileInfo& file, Layout layout, const StreamTags& tags);
 
 }  // namespace kelcctool
