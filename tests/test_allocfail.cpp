@@ -195,54 +195,45 @@ INSTANTIATE_TEST_SUITE_P(Members, AllocationFailure, ::testing::ValuesIn(imageCa
 
 // ---- the generator's records ----------------------------------------------------------------
 
-// A refused record leaves *ppState as it was and takes nothing.
+// A refused record leaves *ppState as it was and takes nothing: one record
+// type, created and freed once to count its requests, then refused.
+template <typename State, typename Init, typename Free>
+void expectInitAllocRefusal(Init init, Free release, const char* name)
+{
+    alignas(64) unsigned char marker[64];
+    HookLog counted;
+    State* state = nullptr;
+    {
+        const HookScope scope(counted);
+        ASSERT_EQ(kelOk, init(&state)) << name;
+        EXPECT_EQ(kelOk, release(state)) << name;
+    }
+    EXPECT_EQ(1u, counted.requests()) << name;
+    EXPECT_TRUE(allGivenBack(counted)) << name;
+
+    HookLog log;
+    log.failAt = 1;
+    auto* sentinel = reinterpret_cast<State*>(marker);
+    state = sentinel;
+    {
+        const HookScope scope(log);
+        EXPECT_EQ(kelErrNoMemory, init(&state)) << name;
+    }
+    EXPECT_EQ(sentinel, state) << name;
+    EXPECT_EQ(1u, log.requests()) << name;
+    EXPECT_TRUE(log.handedOut.empty() && log.freed.empty()) << name;
+}
+
 TEST(AllocationFailureRecords, InitAllocLeavesTheStateAsItWas)
 {
     for (int team : kTeams) {
         ThreadCount threads(team);
-        alignas(64) unsigned char marker[64];
-
-        HookLog counted16, counted32;
-        KelRandUniformState_16s* state16 = nullptr;
-        KelRandUniformState_32f* state32 = nullptr;
-        {
-            const HookScope scope(counted16);
-            ASSERT_EQ(kelOk, kelsRandUniformInitAlloc_16s(&state16, -100, 100, 7));
-            EXPECT_EQ(kelOk, kelsRandUniformFree_16s(state16));
-        }
-        {
-            const HookScope scope(counted32);
-            ASSERT_EQ(kelOk, kelsRandUniformInitAlloc_32f(&state32, -1.0f, 1.0f, 7));
-            EXPECT_EQ(kelOk, kelsRandUniformFree_32f(state32));
-        }
-        EXPECT_EQ(1u, counted16.requests());
-        EXPECT_EQ(1u, counted32.requests());
-        EXPECT_TRUE(allGivenBack(counted16));
-        EXPECT_TRUE(allGivenBack(counted32));
-
-        HookLog log16;
-        log16.failAt = 1;
-        auto* sentinel16 = reinterpret_cast<KelRandUniformState_16s*>(marker);
-        state16 = sentinel16;
-        {
-            const HookScope scope(log16);
-            EXPECT_EQ(kelErrNoMemory, kelsRandUniformInitAlloc_16s(&state16, -100, 100, 7));
-        }
-        EXPECT_EQ(sentinel16, state16);
-        EXPECT_EQ(1u, log16.requests());
-        EXPECT_TRUE(log16.handedOut.empty() && log16.freed.empty());
-
-        HookLog log32;
-        log32.failAt = 1;
-        auto* sentinel32 = reinterpret_cast<KelRandUniformState_32f*>(marker);
-        state32 = sentinel32;
-        {
-            const HookScope scope(log32);
-            EXPECT_EQ(kelErrNoMemory, kelsRandUniformInitAlloc_32f(&state32, -1.0f, 1.0f, 7));
-        }
-        EXPECT_EQ(sentinel32, state32);
-        EXPECT_EQ(1u, log32.requests());
-        EXPECT_TRUE(log32.handedOut.empty() && log32.freed.empty());
+        expectInitAllocRefusal<KelRandUniformState_16s>(
+            [](KelRandUniformState_16s** p) { return kelsRandUniformInitAlloc_16s(p, -100, 100, 7); },
+            [](KelRandUniformState_16s* p) { return kelsRandUniformFree_16s(p); }, "16s");
+        expectInitAllocRefusal<KelRandUniformState_32f>(
+            [](KelRandUniformState_32f** p) { return kelsRandUniformInitAlloc_32f(p, -1.0f, 1.0f, 7); },
+            [](KelRandUniformState_32f* p) { return kelsRandUniformFree_32f(p); }, "32f");
     }
 }
 
